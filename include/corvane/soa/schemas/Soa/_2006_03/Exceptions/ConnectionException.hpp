@@ -1,0 +1,23 @@
+#ifndef CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_CONNECTIONEXCEPTION_HPP
+#define CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_CONNECTIONEXCEPTION_HPP
+
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
+
+namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
+
+/// The server could not be reached or the connection broke.
+class CORVANE_SOA_API ConnectionException : public SoaException {
+public:
+    ConnectionException();
+    ConnectionException(const std::string& message, int code, int level);
+    ConnectionException(const ConnectionException& other);
+    ConnectionException& operator=(const ConnectionException& other);
+    ~ConnectionException() override;
+
+protected:
+    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+};
+
+}  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions
+
+#endif

@@ -1,0 +1,42 @@
+#ifndef CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_ERROR_HPP
+#define CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_ERROR_HPP
+
+#include <corvane/soa/common/xml/BaseObject.hpp>
+
+#include <string>
+
+namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
+
+/// Namespace URI of the exception types.
+inline constexpr const char* kNamespaceUri = "http://corvane.com/Schemas/Soa/2006-03/Exceptions";
+
+/// One error reported by the server: a message with an integer code and an integer level.
+class CORVANE_SOA_API Error : public Corvane::Soa::Common::Xml::BaseObject {
+public:
+    Error();
+    Error(std::string message, int code, int level);
+    Error(const Error& other);
+    Error& operator=(const Error& other);
+    ~Error() override;
+
+    const std::string& getMessage() const noexcept { return m_message; }
+    int getCode() const noexcept { return m_code; }
+    int getLevel() const noexcept { return m_level; }
+    void setMessage(const std::string& message) { m_message = message; }
+    void setCode(int code) noexcept { m_code = code; }
+    void setLevel(int level) noexcept { m_level = level; }
+
+    void getNamespaces(std::set<std::string>& namespaces) const override;
+
+protected:
+    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+
+private:
+    std::string m_message;
+    int m_code = 0;
+    int m_level = 0;
+};
+
+}  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_INTERNALSERVEREXCEPTION_HPP
+#define CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_INTERNALSERVEREXCEPTION_HPP
+
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
+
+namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
+
+/// A failure inside the server or the library: malformed dates, failed code-page conversions
+/// and server faults.
+class CORVANE_SOA_API InternalServerException : public SoaException {
+public:
+    InternalServerException();
+    InternalServerException(const std::string& message, int code, int level);
+    InternalServerException(const InternalServerException& other);
+    InternalServerException& operator=(const InternalServerException& other);
+    ~InternalServerException() override;
+
+    /// Adds a further error after those already carried.
+    void addMessage(const std::string& message, int code, int level) {
+        addError(message, code, level);
+    }
+
+protected:
+    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+};
+
+}  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions
+
+#endif

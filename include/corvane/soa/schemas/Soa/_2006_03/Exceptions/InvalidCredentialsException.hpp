@@ -1,0 +1,23 @@
+#ifndef CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_INVALIDCREDENTIALSEXCEPTION_HPP
+#define CORVANE_SOA_SCHEMAS_SOA__2006_03_EXCEPTIONS_INVALIDCREDENTIALSEXCEPTION_HPP
+
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
+
+namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
+
+/// The server refused the user name or password.
+class CORVANE_SOA_API InvalidCredentialsException : public SoaException {
+public:
+    InvalidCredentialsException();
+    InvalidCredentialsException(const std::string& message, int code, int level);
+    InvalidCredentialsException(const InvalidCredentialsException& other);
+    InvalidCredentialsException& operator=(const InvalidCredentialsException& other);
+    ~InvalidCredentialsException() override;
+
+protected:
+    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+};
+
+}  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions
+
+#endif

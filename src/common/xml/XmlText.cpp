@@ -1,0 +1,405 @@
+#include <corvane/soa/common/xml/XmlText.hpp>
+
+#include <array>
+#include <atomic>
+#include <cstring>
+
+namespace Corvane::Soa::Common::Xml {
+
+namespace {
+
+// One replacement per byte value: its text (padded to 8 bytes so that it can be copied whole)
+// and its length; a length of 0 marks a byte that stands for itself.
+struct Replacement {
+    char text[8];
+    unsigned char length;
+};
+using ReplacementTable = std::array<Replacement, 256>;
+
+constexpr void put(ReplacementTable& table, unsigned char c, const char* text) {
+    Replacement& entry = table[c];
+    unsigned char n = 0;
+    while (text[n] != '\0') {
+        entry.text[n] = text[n];
+        ++n;
+    }
+    entry.length = n;
+}
+
+constexpr ReplacementTable makeXmlTable() {
+    ReplacementTable table{};
+    put(table, '\t', "&#9;");
+    put(table, '\n', "&#10;");
+    put(table, '\f', "&#12;");
+    put(table, '\r', "&#13;");
+    put(table, '"', "&quot;");
+    put(table, '%', "&#x25;");
+    put(table, '&', "&amp;");
+    put(table, '\'', "&apos;");
+    put(table, '<', "&lt;");
+    put(table, '>', "&gt;");
+    return table;
+}
+
+constexpr ReplacementTable makeJsonTable() {
+    ReplacementTable table{};
+    put(table, '"', "\\\"");
+    put(table, '\\', "\\\\");
+    put(table, '/', "\\/");
+    put(table, '\b', "\\b");
+    put(table, '\f', "\\f");
+    put(table, '\n', "\\n");
+    put(table, '\r', "\\r");
+    put(table, '\t', "\\t");
+    return table;
+}
+
+constexpr ReplacementTable kXmlTable = makeXmlTable();
+constexpr ReplacementTable kJsonTable = makeJsonTable();
+
+// Escapes in two passes: the first sizes the result exactly, the second copies each byte or its
+// replacement. The result is allocated once and no byte is appended on its own.
+std::string escape(const std::string& text, const ReplacementTable& table) {
+    const auto* begin = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* end = begin + text.size();
+    std::size_t extra = 0;
+    for (const unsigned char* p = begin; p != end; ++p) {
+        const unsigned length = table[*p].length;
+        extra += length != 0 ? length - 1 : 0;
+    }
+    if (extra == 0) {
+        return text;
+    }
+    // Room for copying a whole 8-byte replacement at the very end.
+    std::string out(text.size() + extra + sizeof(Replacement::text), '\0');
+    char* o = out.data();
+    for (const unsigned char* p = begin; p != end; ++p) {
+        const Replacement& r = table[*p];
+        if (r.length == 0) {
+            *o++ = static_cast<char>(*p);
+        } else {
+            std::memcpy(o, r.text, sizeof r.text);
+            o += r.length;
+        }
+    }
+    out.resize(static_cast<std::size_t>(o - out.data()));
+    return out;
+}
+
+// The references that decodeXml understands, tried in this order at each '&'.
+struct Entity {
+    const char* text;
+    std::size_t length;
+    char character;
+};
+
+constexpr Entity kEntities[] = {
+    {"&amp;", 5, '&'},    {"&lt;", 4, '<'},     {"&gt;", 4, '>'},     {"&#x25;", 6, '%'},
+    {"&#37;", 5, '%'},    {"&quot;", 6, '"'},   {"&apos;", 6, '\''},  {"&#10;", 5, '\n'},
+    {"&#xA;", 5, '\n'},   {"&#xa;", 5, '\n'},   {"&#x0A;", 6, '\n'},  {"&#x0a;", 6, '\n'},
+    {"&#12;", 5, '\f'},   {"&#xC;", 5, '\f'},   {"&#xc;", 5, '\f'},   {"&#x0C;", 6, '\f'},
+    {"&#x0c;", 6, '\f'},  {"&#13;", 5, '\r'},   {"&#xD;", 5, '\r'},   {"&#xd;", 5, '\r'},
+    {"&#x0D;", 6, '\r'},  {"&#x0d;", 6, '\r'},  {"&#9;", 4, '\t'},
+};
+
+// Code-page families whose lead bytes open a two-byte character.
+enum Family : int { kUndecided = -1, kSingleByte = 0, kJapanese = 1, kChinese = 2 };
+
+constexpr const char* kJapanesePages[] = {
+    "Shift_JIS",         "ibm-942_P12A-1999", "ibm-943_P15A-2003",
+    "ibm-943_P130-1999", "euc-jp-2007",       "ISO_2022,locale=ja,version=1"};
+constexpr const char* kChinesePages[] = {
+    "Big5",
+    "windows-950-2000",
+    "ibm-1375_P100-2007",
+    "ibm-5471_P100-2006",
+    "ibm-1373_P100-2002",
+    "ibm-950_P110-1999"};
+
+std::string& defaultEncoding() {
+    static std::string name;
+    return name;
+}
+
+std::atomic<int> g_family{kUndecided};
+
+template <std::size_t N>
+bool isOneOf(const std::string& name, const char* const (&pages)[N]) {
+    for (const char* page : pages) {
+        if (name == page) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int decideFamily() {
+    const std::string& name = defaultEncoding();
+    if (isOneOf(name, kJapanesePages)) {
+        return kJapanese;
+    }
+    if (isOneOf(name, kChinesePages)) {
+        return kChinese;
+    }
+    return kSingleByte;
+}
+
+int family() {
+    int decided = g_family.load(std::memory_order_relaxed);
+    if (decided == kUndecided) {
+        decided = decideFamily();
+        g_family.store(decided, std::memory_order_relaxed);
+    }
+    return decided;
+}
+
+bool isLeadByte(int fam, unsigned char c) {
+    if (fam == kJapanese) {
+        const unsigned high = c >> 4U;
+        return high == 8 || high == 9 || high == 14;
+    }
+    if (fam == kChinese) {
+        return c >= 0x81 && c <= 0xFE;
+    }
+    return false;
+}
+
+bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+bool endsName(char c) { return isSpace(c) || c == '>' || c == '/'; }
+
+// Skips a declaration, comment or processing instruction starting at `pos` ('<' followed by
+// '?' or '!'); returns the position after it, or npos when it is not closed.
+std::size_t skipMarkup(const std::string& xml, std::size_t pos) {
+    if (xml.compare(pos, 4, "<!--") == 0) {
+        const std::size_t end = xml.find("-->", pos + 4);
+        return end == std::string::npos ? end : end + 3;
+    }
+    if (xml[pos + 1] == '?') {
+        const std::size_t end = xml.find("?>", pos + 2);
+        return end == std::string::npos ? end : end + 2;
+    }
+    const std::size_t end = xml.find('>', pos + 2);
+    return end == std::string::npos ? end : end + 1;
+}
+
+}  // namespace
+
+std::string toXmlString(const std::string& text) { return escape(text, kXmlTable); }
+
+std::string decodeXml(const std::string& text) {
+    const std::size_t first = text.find('&');
+    if (first == std::string::npos) {
+        return text;
+    }
+    std::string out;
+    out.reserve(text.size());
+    out.append(text, 0, first);
+    std::size_t pos = first;
+    const std::size_t size = text.size();
+    while (pos < size) {
+        // At an '&': the first reference that matches whole, or the '&' itself.
+        char decoded = '&';
+        std::size_t consumed = 1;
+        for (const Entity& entity : kEntities) {
+            if (size - pos >= entity.length &&
+                std::memcmp(text.data() + pos, entity.text, entity.length) == 0) {
+                decoded = entity.character;
+                consumed = entity.length;
+                break;
+            }
+        }
+        out.push_back(decoded);
+        pos += consumed;
+        const std::size_t next = text.find('&', pos);
+        const std::size_t stop = next == std::string::npos ? size : next;
+        out.append(text, pos, stop - pos);
+        pos = stop;
+    }
+    return out;
+}
+
+std::string toJsonString(const std::string& text) {
+    const int fam = family();
+    if (fam == kSingleByte) {
+        return escape(text, kJsonTable);
+    }
+    // A double-byte page: the byte after a lead byte may look like '\\' or '/', and belongs to
+    // the character, so it is copied unexamined.
+    std::string out;
+    out.reserve(text.size() + text.size() / 5 + 16);
+    const std::size_t size = text.size();
+    for (std::size_t i = 0; i < size; ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (isLeadByte(fam, c)) {
+            out.push_back(text[i]);
+            if (i + 1 < size) {
+                out.push_back(text[++i]);
+            }
+            continue;
+        }
+        const Replacement& r = kJsonTable[c];
+        if (r.length == 0) {
+            out.push_back(text[i]);
+        } else {
+            out.append(r.text, r.length);
+        }
+    }
+    return out;
+}
+
+std::string decodeJson(const std::string& text) {
+    std::size_t pos = text.find('\\');
+    if (pos == std::string::npos) {
+        return text;
+    }
+    std::string out;
+    out.reserve(text.size());
+    out.append(text, 0, pos);
+    const std::size_t size = text.size();
+    while (pos < size) {
+        if (pos + 1 >= size) {
+            out.push_back('\\');  // a lone backslash at the end stays
+            break;
+        }
+        const char next = text[pos + 1];
+        switch (next) {
+            case '"':
+            case '\\':
+            case '/':
+                out.push_back(next);
+                break;
+            case 'b':
+                out.push_back('\b');
+                break;
+            case 'f':
+                out.push_back('\f');
+                break;
+            case 'n':
+                out.push_back('\n');
+                break;
+            case 'r':
+                out.push_back('\r');
+                break;
+            case 't':
+                out.push_back('\t');
+                break;
+            default:
+                out.push_back('\\');
+                out.push_back(next);
+                break;
+        }
+        pos += 2;
+        const std::size_t following = text.find('\\', pos);
+        const std::size_t stop = following == std::string::npos ? size : following;
+        out.append(text, pos, stop - pos);
+        pos = stop;
+    }
+    return out;
+}
+
+std::string getRootNamespace(const std::string& xml) {
+    std::size_t pos = xml.find('<');
+    while (pos != std::string::npos && pos + 1 < xml.size() &&
+           (xml[pos + 1] == '?' || xml[pos + 1] == '!')) {
+        pos = skipMarkup(xml, pos);
+        pos = pos == std::string::npos ? pos : xml.find('<', pos);
+    }
+    if (pos == std::string::npos || pos + 1 >= xml.size()) {
+        return std::string();
+    }
+    std::size_t i = pos + 1;
+    const std::size_t nameStart = i;
+    while (i < xml.size() && !endsName(xml[i])) {
+        ++i;
+    }
+    const std::string name = xml.substr(nameStart, i - nameStart);
+    const std::size_t colon = name.find(':');
+    const std::string wanted =
+        colon == std::string::npos ? std::string("xmlns") : "xmlns:" + name.substr(0, colon);
+
+    // The attributes of the start tag: name = "value" or name = 'value'.
+    const std::size_t size = xml.size();
+    while (i < size) {
+        while (i < size && isSpace(xml[i])) {
+            ++i;
+        }
+        if (i >= size || xml[i] == '>' || xml[i] == '/') {
+            break;
+        }
+        const std::size_t attrStart = i;
+        while (i < size && xml[i] != '=' && !endsName(xml[i])) {
+            ++i;
+        }
+        const std::size_t attrEnd = i;
+        while (i < size && isSpace(xml[i])) {
+            ++i;
+        }
+        if (i >= size || xml[i] != '=') {
+            break;
+        }
+        ++i;
+        while (i < size && isSpace(xml[i])) {
+            ++i;
+        }
+        if (i >= size || (xml[i] != '"' && xml[i] != '\'')) {
+            break;
+        }
+        const char quote = xml[i++];
+        const std::size_t valueEnd = xml.find(quote, i);
+        if (valueEnd == std::string::npos) {
+            break;
+        }
+        if (xml.compare(attrStart, attrEnd - attrStart, wanted) == 0) {
+            return decodeXml(xml.substr(i, valueEnd - i));
+        }
+        i = valueEnd + 1;
+    }
+    return std::string();
+}
+
+std::size_t findElement(const std::string& xml, const std::string& name, bool closing) {
+    const std::size_t size = xml.size();
+    for (std::size_t pos = xml.find('<'); pos != std::string::npos; pos = xml.find('<', pos + 1)) {
+        std::size_t i = pos + 1;
+        if (closing) {
+            if (i >= size || xml[i] != '/') {
+                continue;
+            }
+            ++i;
+        } else if (i < size && (xml[i] == '/' || xml[i] == '?' || xml[i] == '!')) {
+            continue;
+        }
+        const std::size_t nameStart = i;
+        while (i < size && !endsName(xml[i])) {
+            ++i;
+        }
+        if (i >= size) {
+            return std::string::npos;  // the last tag is cut off
+        }
+        std::size_t localStart = nameStart;
+        for (std::size_t k = nameStart; k < i; ++k) {
+            if (xml[k] == ':') {
+                localStart = k + 1;
+            }
+        }
+        if (i - localStart == name.size() && xml.compare(localStart, name.size(), name) == 0) {
+            return pos;
+        }
+    }
+    return std::string::npos;
+}
+
+bool isFirstOfMultibyte(const char& byte) {
+    return isLeadByte(family(), static_cast<unsigned char>(byte));
+}
+
+void setDefaultCharacterEncoding(const std::string& codePage) {
+    defaultEncoding() = codePage;
+    // The lead-byte rule follows the page just set.
+    g_family.store(decideFamily(), std::memory_order_relaxed);
+}
+
+const std::string& getDefaultCharacterEncoding() { return defaultEncoding(); }
+
+}  // namespace Corvane::Soa::Common::Xml

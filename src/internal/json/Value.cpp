@@ -1,0 +1,7 @@
+#include <corvane/soa/internal/json/Value.hpp>
+
+namespace Corvane::Soa::Internal::Json {
+
+Value::~Value() = default;
+
+}  // namespace Corvane::Soa::Internal::Json
