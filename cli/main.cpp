@@ -1,12 +1,23 @@
+#include "Commands.hpp"
+
 #include <corvane/soa/BuildInfo.hpp>
 
-#include <CLI/CLI.hpp>
-
+#include <exception>
 #include <iostream>
 
 int main(int argc, char** argv) {
     CLI::App app{"cvsoa: typed XML and JSON service documents on the command line"};
     app.set_version_flag("--version", std::string("cvsoa ") + CORVANE_SOA_VERSION_STRING);
-    CLI11_PARSE(app, argc, argv);
+    app.require_subcommand(1);
+    cvsoa::addSampleCommand(app);
+    cvsoa::addEscapeCommand(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e);
+    } catch (const std::exception& e) {
+        std::cerr << "cvsoa: " << e.what() << '\n';
+        return 1;
+    }
     return 0;
 }

@@ -23,5 +23,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/CorvaneSoaConfigVersion.c
 install(FILES ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake ${PROJECT_BINARY_DIR}/CorvaneSoaConfigVersion.cmake
   DESTINATION ${cvsoa_cmake_dir})
 
+# The pkg-config file finds its prefix relative to itself, so the tree can be moved.
+file(RELATIVE_PATH CVSOA_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/corvane-soa.pc.in ${PROJECT_BINARY_DIR}/corvane-soa.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/corvane-soa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
