@@ -1,4 +1,4 @@
-#include "Commands.hpp"
+#include "CommandRegistry.hpp"
 
 #include <corvane/soa/common/xml/XmlText.hpp>
 
@@ -26,6 +26,8 @@ std::string readAll(std::istream& in) {
 
 }  // namespace
 
+namespace {
+
 void addEscapeCommand(CLI::App& app) {
     auto options = std::make_shared<EscapeOptions>();
     CLI::App* command = app.add_subcommand(
@@ -34,8 +36,7 @@ void addEscapeCommand(CLI::App& app) {
     command->add_flag("-d,--decode", options->decode, "undo the escaping");
     command->add_option("text", options->text, "the text (standard input when absent)");
     command->callback([options, command] {
-        const std::string input =
-            command->count("text") != 0 ? options->text : readAll(std::cin);
+        const std::string input = command->count("text") != 0 ? options->text : readAll(std::cin);
         std::string output;
         if (options->json) {
             output = options->decode ? Xml::decodeJson(input) : Xml::toJsonString(input);
@@ -48,5 +49,9 @@ void addEscapeCommand(CLI::App& app) {
         }
     });
 }
+
+const CommandRegistration registration(20, addEscapeCommand);
+
+}  // namespace
 
 }  // namespace cvsoa

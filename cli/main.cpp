@@ -1,4 +1,4 @@
-#include "Commands.hpp"
+#include "CommandRegistry.hpp"
 
 #include <corvane/soa/BuildInfo.hpp>
 
@@ -9,8 +9,7 @@ int main(int argc, char** argv) {
     CLI::App app{"cvsoa: typed XML and JSON service documents on the command line"};
     app.set_version_flag("--version", std::string("cvsoa ") + CORVANE_SOA_VERSION_STRING);
     app.require_subcommand(1);
-    cvsoa::addSampleCommand(app);
-    cvsoa::addEscapeCommand(app);
+    cvsoa::CommandRegistry::addAllTo(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
