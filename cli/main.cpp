@@ -1,13 +1,17 @@
 #include "CommandRegistry.hpp"
 
 #include <corvane/soa/BuildInfo.hpp>
+#include <corvane/soa/common/Version.hpp>
 
 #include <exception>
 #include <iostream>
 
 int main(int argc, char** argv) {
     CLI::App app{"cvsoa: typed XML and JSON service documents on the command line"};
-    app.set_version_flag("--version", std::string("cvsoa ") + CORVANE_SOA_VERSION_STRING);
+    using Corvane::Soa::Common::Version;
+    app.set_version_flag("--version", std::string("cvsoa ") + CORVANE_SOA_VERSION_STRING +
+                                          "\nruntime " + Version::getCorvaneVersion() + " (" +
+                                          Version::getCorvaneVersionLabel() + ")");
     app.require_subcommand(1);
     cvsoa::CommandRegistry::addAllTo(app);
     try {

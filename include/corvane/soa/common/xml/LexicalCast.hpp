@@ -5,11 +5,15 @@
 
 #include <string>
 
+namespace Corvane::Soa::Common {
+class DateTime;
+}  // namespace Corvane::Soa::Common
+
 namespace Corvane::Soa::Common::Xml {
 
 /// The one conversion between the scalar kinds and their text, for both wire forms.
 ///
-/// Only the specialisations declared below exist. Number texts always use the "C" conventions
+/// Dates use the wire text of `DateTime` (include DateTime.hpp to call those two). Only the specialisations declared below exist. Number texts always use the "C" conventions
 /// (a '.' decimal point, no grouping); floating-point numbers are written with 17 significant
 /// digits in the shorter of fixed and scientific notation. Parsing never throws: text that is
 /// not an int gives -2147483648, unknown boolean text gives false, and the floating-point
@@ -27,6 +31,10 @@ template <>
 CORVANE_SOA_API std::string lexical_cast<std::string, bool>(const bool& value);
 template <>
 CORVANE_SOA_API std::string lexical_cast<std::string, std::string>(const std::string& value);
+template <>
+CORVANE_SOA_API std::string lexical_cast<std::string, DateTime>(const DateTime& value);
+template <>
+CORVANE_SOA_API DateTime lexical_cast<DateTime, std::string>(const std::string& text);
 template <>
 CORVANE_SOA_API bool lexical_cast<bool, std::string>(const std::string& text);
 template <>
