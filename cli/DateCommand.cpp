@@ -28,10 +28,12 @@ void addDateCommand(CLI::App& app) {
         for (const std::string& text : *texts) {
             try {
                 const DateTime date(text);
-                std::cout << text << "\n  local " << date.toString("%Y-%m-%d %H:%M:%S") << " (UTC"
-                          << (date.timeZoneOffset() >= 0 ? "+" : "-")
-                          << std::abs(date.timeZoneOffset()) / 60 << ")\n  wire  "
-                          << date.toString() << '\n';
+                const int offset = date.timeZoneOffset();
+                char zone[16];
+                std::snprintf(zone, sizeof zone, "UTC%c%02d:%02d", offset < 0 ? '-' : '+',
+                              std::abs(offset) / 60, std::abs(offset) % 60);
+                std::cout << text << "\n  local " << date.toString("%Y-%m-%d %H:%M:%S") << " ("
+                          << zone << ")\n  wire  " << date.toString() << '\n';
             } catch (const InternalServerException& e) {
                 std::cout << text << "\n  error " << e.getCode() << ": " << e.getMessage() << '\n';
                 failed = true;
