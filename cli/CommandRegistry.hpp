@@ -11,7 +11,7 @@ namespace cvsoa {
 /// `CommandRegistration`; `main` adds them all to the application in ascending `order`, which is
 /// the order `cvsoa --help` lists them in.
 class CommandRegistry {
-  public:
+public:
     using AddCommand = std::function<void(CLI::App&)>;
 
     static void add(int order, AddCommand addCommand);

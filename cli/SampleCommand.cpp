@@ -25,7 +25,7 @@ constexpr const char* kTypesNs = "http://corvane.com/Schemas/Core/2006-03/Types"
 
 // A credentials structure of another namespace, written as a child of the request.
 class Credentials : public Xml::BaseObject {
-  public:
+public:
     Credentials() : BaseObject(kTypesNs, "Credentials") {}
 
     void outputXML(Xml::XmlStream& stream, const std::string& elementName) const override {
@@ -41,13 +41,13 @@ class Credentials : public Xml::BaseObject {
     std::string user = "jane.doe";
     std::string group = "R&D <north>";
 
-  protected:
+protected:
     BaseObject* reallyClone() const override { return new Credentials(*this); }
 };
 
 // A small login request: a structure member of another namespace and a few value elements.
 class LoginRequest : public Xml::BaseObject {
-  public:
+public:
     LoginRequest() : BaseObject(kSessionNs, "LoginInput"), m_credentials(new Credentials) {}
 
     void outputXML(Xml::XmlStream& stream) const override { outputXML(stream, "LoginInput"); }
@@ -67,10 +67,10 @@ class LoginRequest : public Xml::BaseObject {
         m_credentials->getNamespaces(namespaces);
     }
 
-  protected:
+protected:
     BaseObject* reallyClone() const override { return new LoginRequest(*this); }
 
-  private:
+private:
     AutoPtr<Credentials> m_credentials;
 };
 

@@ -17,9 +17,7 @@ constexpr int kMonthLengths[2][13] = {
     {31, 31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
 };
 
-bool isLeapYear(std::int64_t year) {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
+bool isLeapYear(std::int64_t year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
 
 // Length of month m of year y. Month 0 reads the table's spare first entry (31); other months
 // outside 1..12, which only unchecked values can hold, count as the month they normalise to.
@@ -192,8 +190,8 @@ DateTime::DateTime(const std::string& text) {
     (void)(in.number(year) && in.literal('-') && in.number(month) && in.literal('-') &&
            in.number(day) && in.literal('T') && in.number(hour) && in.literal(':') &&
            in.number(minute) && in.literal(':') && in.number(second) &&
-           (!hasFraction || (in.literal('.') && in.number(fraction))) &&
-           in.number(offsetHours) && in.literal(':') && in.number(offsetMinutes));
+           (!hasFraction || (in.literal('.') && in.number(fraction))) && in.number(offsetHours) &&
+           in.literal(':') && in.number(offsetMinutes));
 
     if (year < 1 || month < 1 || month > 12 || day < 1 || day > 31 || hour < 0 || hour > 24 ||
         minute < 0 || minute > 59 || second < 0 || second > 59 || offsetHours < -24 ||
@@ -233,8 +231,8 @@ void DateTime::setFromLocalTime(std::int64_t seconds) {
         *this = getNullDate();  // beyond what the C library can represent
         return;
     }
-    init(wrap(std::int64_t{local.tm_year} + 1900), local.tm_mon + 1, local.tm_mday,
-         local.tm_hour, local.tm_min, local.tm_sec);
+    init(wrap(std::int64_t{local.tm_year} + 1900), local.tm_mon + 1, local.tm_mday, local.tm_hour,
+         local.tm_min, local.tm_sec);
 }
 
 bool DateTime::isNull() const noexcept {
@@ -356,8 +354,8 @@ bool DateTime::operator==(const DateTime& other) const noexcept {
 
 bool DateTime::operator<(const DateTime& other) const noexcept {
     const std::int32_t a[6] = {m_year, m_month, m_day, m_hour, m_minute, m_second};
-    const std::int32_t b[6] = {other.m_year,   other.m_month,  other.m_day,
-                               other.m_hour,   other.m_minute, other.m_second};
+    const std::int32_t b[6] = {other.m_year, other.m_month,  other.m_day,
+                               other.m_hour, other.m_minute, other.m_second};
     for (int i = 0; i < 6; ++i) {
         if (a[i] != b[i]) {
             return a[i] < b[i];

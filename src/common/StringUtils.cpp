@@ -33,8 +33,7 @@ std::string StringUtils::replace(const std::string& text, const std::string& fro
     std::string result;
     result.reserve(text.size());
     std::size_t pos = 0;
-    for (std::size_t hit = text.find(from); hit != std::string::npos;
-         hit = text.find(from, pos)) {
+    for (std::size_t hit = text.find(from); hit != std::string::npos; hit = text.find(from, pos)) {
         result.append(text, pos, hit - pos).append(to);
         pos = hit + from.size();
     }

@@ -93,12 +93,12 @@ TEST(DateTimeZone, SummerDateGainsTheDaylightHourWhereItApplies) {
 
 TEST(DateTimeZone, NegativeHalfHourOffsetLosesItsSign) {
     EXPECT_EQ(DateTime("2016-12-05T14:03:09-00:30"), DateTime("2016-12-05T14:03:09+00:30"));
-    EXPECT_EQ(fields(DateTime("2016-12-05T14:03:09-00:30")),
-              inZone<std::string>("2016-12-05 13:33:09", "2016-12-05 14:33:09",
-                                  "2016-12-05 14:33:09"));
-    EXPECT_EQ(fields(DateTime("2016-12-05T14:03:09-05:00")),
-              inZone<std::string>("2016-12-05 19:03:09", "2016-12-05 20:03:09",
-                                  "2016-12-05 20:03:09"));
+    EXPECT_EQ(
+        fields(DateTime("2016-12-05T14:03:09-00:30")),
+        inZone<std::string>("2016-12-05 13:33:09", "2016-12-05 14:33:09", "2016-12-05 14:33:09"));
+    EXPECT_EQ(
+        fields(DateTime("2016-12-05T14:03:09-05:00")),
+        inZone<std::string>("2016-12-05 19:03:09", "2016-12-05 20:03:09", "2016-12-05 20:03:09"));
 }
 
 TEST(DateTimeZone, DatesBefore1970AreNeverInDaylightSaving) {
@@ -134,8 +134,8 @@ TEST(DateTimeZone, UtcWrittenAsZOrWithoutOffsetLosesNothing) {
 }
 
 TEST(DateTimeZone, NullDateIgnoresEveryOffset) {
-    for (const char* text : {"", "0001-01-01T00:00:00-05:00", "0001-01-01T00:00:00+14:00",
-                             "0001-01-01T00:00:00"}) {
+    for (const char* text :
+         {"", "0001-01-01T00:00:00-05:00", "0001-01-01T00:00:00+14:00", "0001-01-01T00:00:00"}) {
         const DateTime d(text);
         EXPECT_EQ(d, DateTime::getNullDate()) << text;
         EXPECT_EQ(d.toString(), "0001-01-01T00:00:00+00:00") << text;
@@ -186,8 +186,7 @@ TEST(DateTimeZone, DaylightTableAgreesWithMktime) {
             for (int second = 0; second < 3600; ++second) {
                 ASSERT_EQ(
                     LocalZone::isDaylight(2016, month, day, hour, second / 60, second % 60),
-                    LocalZone::isDaylightByMktime(2016, month, day, hour, second / 60,
-                                                  second % 60))
+                    LocalZone::isDaylightByMktime(2016, month, day, hour, second / 60, second % 60))
                     << month << "/" << day << " " << hour << ":" << second;
             }
         }

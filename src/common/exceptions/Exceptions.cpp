@@ -5,11 +5,11 @@
 
 namespace Corvane::Soa::Common::Exceptions {
 
-#define CORVANE_SOA_TEXT_EXCEPTION(Name)                                   \
-    Name::Name(std::string message) : m_message(std::move(message)) {}    \
-    Name::Name(const Name& other) = default;                               \
-    Name& Name::operator=(const Name& other) = default;                    \
-    Name::~Name() = default;                                               \
+#define CORVANE_SOA_TEXT_EXCEPTION(Name)                               \
+    Name::Name(std::string message) : m_message(std::move(message)) {} \
+    Name::Name(const Name& other) = default;                           \
+    Name& Name::operator=(const Name& other) = default;                \
+    Name::~Name() = default;                                           \
     const char* Name::what() const noexcept { return m_message.c_str(); }
 
 CORVANE_SOA_TEXT_EXCEPTION(DomException)

@@ -2,8 +2,8 @@
 
 #include <cfloat>
 #include <charconv>
-#include <clocale>
 #include <climits>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>

@@ -10,9 +10,7 @@ namespace {
 constexpr char kPrefixStem[] = "ns";
 }  // namespace
 
-XmlStream::XmlStream() : m_out(nullptr), m_ownedBuffer(new StringStream) {
-    m_out = m_ownedBuffer;
-}
+XmlStream::XmlStream() : m_out(nullptr), m_ownedBuffer(new StringStream) { m_out = m_ownedBuffer; }
 
 XmlStream::XmlStream(std::ostream* out) : m_out(out) {}
 

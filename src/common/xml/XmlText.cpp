@@ -94,27 +94,26 @@ struct Entity {
 };
 
 constexpr Entity kEntities[] = {
-    {"&amp;", 5, '&'},    {"&lt;", 4, '<'},     {"&gt;", 4, '>'},     {"&#x25;", 6, '%'},
-    {"&#37;", 5, '%'},    {"&quot;", 6, '"'},   {"&apos;", 6, '\''},  {"&#10;", 5, '\n'},
-    {"&#xA;", 5, '\n'},   {"&#xa;", 5, '\n'},   {"&#x0A;", 6, '\n'},  {"&#x0a;", 6, '\n'},
-    {"&#12;", 5, '\f'},   {"&#xC;", 5, '\f'},   {"&#xc;", 5, '\f'},   {"&#x0C;", 6, '\f'},
-    {"&#x0c;", 6, '\f'},  {"&#13;", 5, '\r'},   {"&#xD;", 5, '\r'},   {"&#xd;", 5, '\r'},
-    {"&#x0D;", 6, '\r'},  {"&#x0d;", 6, '\r'},  {"&#9;", 4, '\t'},
+    {"&amp;", 5, '&'},   {"&lt;", 4, '<'},    {"&gt;", 4, '>'},    {"&#x25;", 6, '%'},
+    {"&#37;", 5, '%'},   {"&quot;", 6, '"'},  {"&apos;", 6, '\''}, {"&#10;", 5, '\n'},
+    {"&#xA;", 5, '\n'},  {"&#xa;", 5, '\n'},  {"&#x0A;", 6, '\n'}, {"&#x0a;", 6, '\n'},
+    {"&#12;", 5, '\f'},  {"&#xC;", 5, '\f'},  {"&#xc;", 5, '\f'},  {"&#x0C;", 6, '\f'},
+    {"&#x0c;", 6, '\f'}, {"&#13;", 5, '\r'},  {"&#xD;", 5, '\r'},  {"&#xd;", 5, '\r'},
+    {"&#x0D;", 6, '\r'}, {"&#x0d;", 6, '\r'}, {"&#9;", 4, '\t'},
 };
 
 // Code-page families whose lead bytes open a two-byte character.
 enum Family : int { kUndecided = -1, kSingleByte = 0, kJapanese = 1, kChinese = 2 };
 
-constexpr const char* kJapanesePages[] = {
-    "Shift_JIS",         "ibm-942_P12A-1999", "ibm-943_P15A-2003",
-    "ibm-943_P130-1999", "euc-jp-2007",       "ISO_2022,locale=ja,version=1"};
-constexpr const char* kChinesePages[] = {
-    "Big5",
-    "windows-950-2000",
-    "ibm-1375_P100-2007",
-    "ibm-5471_P100-2006",
-    "ibm-1373_P100-2002",
-    "ibm-950_P110-1999"};
+constexpr const char* kJapanesePages[] = {"Shift_JIS",         "ibm-942_P12A-1999",
+                                          "ibm-943_P15A-2003", "ibm-943_P130-1999",
+                                          "euc-jp-2007",       "ISO_2022,locale=ja,version=1"};
+constexpr const char* kChinesePages[] = {"Big5",
+                                         "windows-950-2000",
+                                         "ibm-1375_P100-2007",
+                                         "ibm-5471_P100-2006",
+                                         "ibm-1373_P100-2002",
+                                         "ibm-950_P110-1999"};
 
 std::string& defaultEncoding() {
     static std::string name;

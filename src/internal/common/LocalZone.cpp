@@ -58,8 +58,7 @@ Civil civilFromSeconds(Seconds s) {
                  static_cast<int>(rest % 60)};
 }
 
-Seconds secondsFromFields(std::int64_t year, int month, int day, int hour, int minute,
-                          int second) {
+Seconds secondsFromFields(std::int64_t year, int month, int day, int hour, int minute, int second) {
     return daysFromCivil(year, month, day) * kDay + std::int64_t{hour} * 3600 +
            std::int64_t{minute} * 60 + second;
 }
@@ -69,8 +68,7 @@ int tmYear(std::int64_t year) {
     return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(year - 1900)));
 }
 
-bool daylightByMktime(std::int64_t year, int month, int day, int hour, int minute,
-                      int second) {
+bool daylightByMktime(std::int64_t year, int month, int day, int hour, int minute, int second) {
     if (year <= 1969) {
         return false;
     }
@@ -227,8 +225,7 @@ bool LocalZone::isDaylight(int year, int month, int day, int hour, int minute, i
     return yearTable(c.year).at(s);
 }
 
-bool LocalZone::isDaylightByMktime(int year, int month, int day, int hour, int minute,
-                                   int second) {
+bool LocalZone::isDaylightByMktime(int year, int month, int day, int hour, int minute, int second) {
     return daylightByMktime(year, month, day, hour, minute, second);
 }
 

@@ -45,9 +45,7 @@ public:
     virtual std::string getAllocatorID() const;
 
     /// The table of live blocks (empty when tracking is off), in address order.
-    const std::map<const void*, MemObjectInfo>& getObjectTable() const noexcept {
-        return m_table;
-    }
+    const std::map<const void*, MemObjectInfo>& getObjectTable() const noexcept { return m_table; }
 
     /// Allocation for the library's classes: through the installed manager under `tag`, or
     /// from the global heap when there is none.

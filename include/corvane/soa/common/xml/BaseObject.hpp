@@ -43,8 +43,7 @@ public:
     // Slot 5.
     virtual void writeJSON(JsonStream* stream) const;
     // Slots 6 and 7.
-    virtual void parseJSON(const std::string& name,
-                           AutoPtr<Internal::Json::JSONObject> object);
+    virtual void parseJSON(const std::string& name, AutoPtr<Internal::Json::JSONObject> object);
     virtual void parseJSON(AutoPtr<Internal::Json::JSONObject> object);
     // Slots 8 to 14: the map-entry protocol.
     virtual void parseSimpleJSONMapEntry(const std::string& key,

@@ -13,11 +13,12 @@ namespace Corvane::Soa::Common::Xml {
 
 /// The one conversion between the scalar kinds and their text, for both wire forms.
 ///
-/// Dates use the wire text of `DateTime` (include DateTime.hpp to call those two). Only the specialisations declared below exist. Number texts always use the "C" conventions
-/// (a '.' decimal point, no grouping); floating-point numbers are written with 17 significant
-/// digits in the shorter of fixed and scientific notation. Parsing never throws: text that is
-/// not an int gives -2147483648, unknown boolean text gives false, and the floating-point
-/// parsers take whatever prefix is a number (0 when none).
+/// Dates use the wire text of `DateTime` (include DateTime.hpp to call those two). Only the
+/// specialisations declared below exist. Number texts always use the "C" conventions (a '.' decimal
+/// point, no grouping); floating-point numbers are written with 17 significant digits in the
+/// shorter of fixed and scientific notation. Parsing never throws: text that is not an int gives
+/// -2147483648, unknown boolean text gives false, and the floating-point parsers take whatever
+/// prefix is a number (0 when none).
 template <class To, class From>
 To lexical_cast(const From& from);
 

@@ -27,8 +27,7 @@ public:
     /// Never before 1970.
     static bool isDaylight(int year, int month, int day, int hour, int minute, int second);
     /// The same decision made directly with `mktime` and `localtime`.
-    static bool isDaylightByMktime(int year, int month, int day, int hour, int minute,
-                                   int second);
+    static bool isDaylightByMktime(int year, int month, int day, int hour, int minute, int second);
 };
 
 }  // namespace Corvane::Soa::Internal::Common

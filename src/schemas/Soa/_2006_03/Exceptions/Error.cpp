@@ -7,7 +7,9 @@ namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
 Error::Error() : BaseObject(kNamespaceUri, "Error") {}
 
 Error::Error(std::string message, int code, int level)
-    : BaseObject(kNamespaceUri, "Error"), m_message(std::move(message)), m_code(code),
+    : BaseObject(kNamespaceUri, "Error"),
+      m_message(std::move(message)),
+      m_code(code),
       m_level(level) {}
 
 Error::Error(const Error& other) = default;

@@ -12,8 +12,7 @@ using Corvane::Soa::Common::Xml::BaseObject;
 
 SoaException::SoaException(const char* typeName) : BaseObject(kNamespaceUri, typeName) {}
 
-SoaException::SoaException(const char* typeName, const std::string& message, int code,
-                           int level)
+SoaException::SoaException(const char* typeName, const std::string& message, int code, int level)
     : BaseObject(kNamespaceUri, typeName) {
     addError(message, code, level);
 }
@@ -32,9 +31,7 @@ std::string SoaException::getMessage() const {
 
 int SoaException::getCode() const { return m_errors.empty() ? 0 : m_errors.front()->getCode(); }
 
-int SoaException::getLevel() const {
-    return m_errors.empty() ? 0 : m_errors.front()->getLevel();
-}
+int SoaException::getLevel() const { return m_errors.empty() ? 0 : m_errors.front()->getLevel(); }
 
 const char* SoaException::what() const noexcept {
     return m_errors.empty() ? "" : m_errors.front()->getMessage().c_str();
@@ -47,13 +44,13 @@ void SoaException::getNamespaces(std::set<std::string>& namespaces) const {
 BaseObject* SoaException::reallyClone() const { return new SoaException(*this); }
 
 // The exceptions built from one message, code and level differ only in their type name.
-#define CORVANE_SOA_MESSAGE_EXCEPTION(Name)                                            \
-    Name::Name() : SoaException(#Name) {}                                              \
-    Name::Name(const std::string& message, int code, int level)                        \
-        : SoaException(#Name, message, code, level) {}                                 \
-    Name::Name(const Name& other) = default;                                           \
-    Name& Name::operator=(const Name& other) = default;                                \
-    Name::~Name() = default;                                                           \
+#define CORVANE_SOA_MESSAGE_EXCEPTION(Name)                     \
+    Name::Name() : SoaException(#Name) {}                       \
+    Name::Name(const std::string& message, int code, int level) \
+        : SoaException(#Name, message, code, level) {}          \
+    Name::Name(const Name& other) = default;                    \
+    Name& Name::operator=(const Name& other) = default;         \
+    Name::~Name() = default;                                    \
     BaseObject* Name::reallyClone() const { return new Name(*this); }
 
 CORVANE_SOA_MESSAGE_EXCEPTION(InternalServerException)
@@ -70,8 +67,7 @@ InvalidUserException::InvalidUserException(int code, int level, const std::strin
     : SoaException("InvalidUserException", message, code, level), m_response(response) {}
 
 InvalidUserException::InvalidUserException(const InvalidUserException& other) = default;
-InvalidUserException& InvalidUserException::operator=(const InvalidUserException& other) =
-    default;
+InvalidUserException& InvalidUserException::operator=(const InvalidUserException& other) = default;
 InvalidUserException::~InvalidUserException() = default;
 
 BaseObject* InvalidUserException::reallyClone() const { return new InvalidUserException(*this); }

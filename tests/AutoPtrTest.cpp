@@ -1,5 +1,0 @@
-#include <corvane/soa/common/AutoPtr.hpp>
-
-#include <gtest/gtest.h>
-
-TEST(AutoPtr, Placeholder) { SUCCEED(); }
