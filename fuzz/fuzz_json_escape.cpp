@@ -1,0 +1,23 @@
+// Escaping then decoding gives back any byte string under the default (UTF-8) code page;
+// decoding arbitrary text stays in bounds.
+
+#include <corvane/soa/common/xml/XmlText.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    namespace Xml = Corvane::Soa::Common::Xml;
+    const std::string text(reinterpret_cast<const char*>(data), size);
+
+    const std::string escaped = Xml::toJsonString(text);
+    if (Xml::decodeJson(escaped) != text) {
+        std::fprintf(stderr, "decodeJson(toJsonString(s)) != s for %zu input bytes\n", size);
+        std::abort();
+    }
+    static_cast<void>(Xml::decodeJson(text));
+    return 0;
+}
