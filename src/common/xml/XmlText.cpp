@@ -4,6 +4,10 @@
 #include <atomic>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace Corvane::Soa::Common::Xml {
 
 namespace {
@@ -14,77 +18,146 @@ struct Replacement {
     char text[8];
     unsigned char length;
 };
-using ReplacementTable = std::array<Replacement, 256>;
 
-constexpr void put(ReplacementTable& table, unsigned char c, const char* text) {
-    Replacement& entry = table[c];
-    unsigned char n = 0;
-    while (text[n] != '\0') {
-        entry.text[n] = text[n];
-        ++n;
-    }
-    entry.length = n;
-}
+struct EscapeRule {
+    char byte;
+    const char* text;
+};
 
-constexpr ReplacementTable makeXmlTable() {
-    ReplacementTable table{};
-    put(table, '\t', "&#9;");
-    put(table, '\n', "&#10;");
-    put(table, '\f', "&#12;");
-    put(table, '\r', "&#13;");
-    put(table, '"', "&quot;");
-    put(table, '%', "&#x25;");
-    put(table, '&', "&amp;");
-    put(table, '\'', "&apos;");
-    put(table, '<', "&lt;");
-    put(table, '>', "&gt;");
-    return table;
-}
+constexpr EscapeRule kXmlRules[] = {
+    {'\t', "&#9;"},  {'\n', "&#10;"}, {'\f', "&#12;"},  {'\r', "&#13;"}, {'"', "&quot;"},
+    {'%', "&#x25;"}, {'&', "&amp;"},  {'\'', "&apos;"}, {'<', "&lt;"},   {'>', "&gt;"},
+};
 
-constexpr ReplacementTable makeJsonTable() {
-    ReplacementTable table{};
-    put(table, '"', "\\\"");
-    put(table, '\\', "\\\\");
-    put(table, '/', "\\/");
-    put(table, '\b', "\\b");
-    put(table, '\f', "\\f");
-    put(table, '\n', "\\n");
-    put(table, '\r', "\\r");
-    put(table, '\t', "\\t");
-    return table;
-}
+constexpr EscapeRule kJsonRules[] = {
+    {'"', "\\\""}, {'\\', "\\\\"}, {'/', "\\/"},  {'\b', "\\b"},
+    {'\f', "\\f"}, {'\n', "\\n"},  {'\r', "\\r"}, {'\t', "\\t"},
+};
 
-constexpr ReplacementTable kXmlTable = makeXmlTable();
-constexpr ReplacementTable kJsonTable = makeJsonTable();
-
-// Escapes in two passes: the first sizes the result exactly, the second copies each byte or its
-// replacement. The result is allocated once and no byte is appended on its own.
-std::string escape(const std::string& text, const ReplacementTable& table) {
-    const auto* begin = reinterpret_cast<const unsigned char*>(text.data());
-    const auto* end = begin + text.size();
-    std::size_t extra = 0;
-    for (const unsigned char* p = begin; p != end; ++p) {
-        const unsigned length = table[*p].length;
-        extra += length != 0 ? length - 1 : 0;
-    }
-    if (extra == 0) {
-        return text;
-    }
-    // Room for copying a whole 8-byte replacement at the very end.
-    std::string out(text.size() + extra + sizeof(Replacement::text), '\0');
-    char* o = out.data();
-    for (const unsigned char* p = begin; p != end; ++p) {
-        const Replacement& r = table[*p];
-        if (r.length == 0) {
-            *o++ = static_cast<char>(*p);
-        } else {
-            std::memcpy(o, r.text, sizeof r.text);
-            o += r.length;
+// Escapes text by a fixed set of rules. Sixteen bytes are examined at a time; a block without a
+// byte to replace is copied with one store, and the output is written through a pointer into a
+// buffer that grows rarely, so no byte is appended on its own.
+template <std::size_t N>
+class Escaper {
+public:
+    constexpr explicit Escaper(const EscapeRule (&rules)[N]) : m_table{}, m_bytes{} {
+        for (std::size_t k = 0; k < N; ++k) {
+            const auto c = static_cast<unsigned char>(rules[k].byte);
+            m_bytes[k] = rules[k].byte;
+            unsigned char length = 0;
+            while (rules[k].text[length] != '\0') {
+                m_table[c].text[length] = rules[k].text[length];
+                ++length;
+            }
+            m_table[c].length = length;
         }
     }
-    out.resize(static_cast<std::size_t>(o - out.data()));
-    return out;
-}
+
+    const Replacement& operator[](unsigned char c) const { return m_table[c]; }
+
+    std::string escape(const std::string& text) const {
+        const char* in = text.data();
+        const std::size_t size = text.size();
+        // Room for a sixteen-byte block stored whole plus one replacement.
+        constexpr std::size_t kSlack = 16 + sizeof(Replacement::text);
+        std::string out(size + size / 5 + kSlack, '\0');
+        char* base = out.data();
+        char* o = base;
+        const auto reserve = [&](std::size_t needed) {
+            if (static_cast<std::size_t>(base + out.size() - o) < needed) {
+                const auto used = static_cast<std::size_t>(o - base);
+                out.resize(out.size() + out.size() / 2 + needed);
+                base = out.data();
+                o = base + used;
+            }
+        };
+        std::size_t i = 0;
+#if defined(__SSE2__)
+        __m128i needles[N];
+        for (std::size_t k = 0; k < N; ++k) {
+            needles[k] = _mm_set1_epi8(m_bytes[k]);
+        }
+        const auto hitsIn = [&needles](__m128i block) {
+            __m128i hits = _mm_setzero_si128();
+            for (std::size_t k = 0; k < N; ++k) {
+                hits = _mm_or_si128(hits, _mm_cmpeq_epi8(block, needles[k]));
+            }
+            return static_cast<unsigned>(_mm_movemask_epi8(hits));
+        };
+        const auto load = [](const char* p) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        };
+        const auto store = [](char* p, __m128i v) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+        };
+        // Whole blocks while a sixteen-byte load from any byte of the block stays in the text:
+        // the block is stored raw, and after each replacement the rest of it is stored again
+        // behind the replacement.
+        while (i + 32 <= size) {
+            reserve(16 * sizeof(Replacement::text) + 16);
+            const __m128i block = load(in + i);
+            unsigned mask = hitsIn(block);
+            store(o, block);
+            if (mask == 0) {
+                o += 16;
+                i += 16;
+                continue;
+            }
+            std::size_t done = 0;  // bytes of the block already in the output
+            do {
+                const auto hit = static_cast<std::size_t>(__builtin_ctz(mask));
+                o += hit - done;
+                const Replacement& r = m_table[static_cast<unsigned char>(in[i + hit])];
+                std::memcpy(o, r.text, sizeof r.text);
+                o += r.length;
+                done = hit + 1;
+                store(o, load(in + i + done));
+                mask &= mask - 1;
+            } while (mask != 0);
+            o += 16 - done;
+            i += 16;
+        }
+        // The last blocks: one replacement at a time, loading again after each.
+        while (i + 16 <= size) {
+            reserve(kSlack);
+            const __m128i block = load(in + i);
+            const unsigned mask = hitsIn(block);
+            store(o, block);
+            if (mask == 0) {
+                o += 16;
+                i += 16;
+                continue;
+            }
+            const auto first = static_cast<std::size_t>(__builtin_ctz(mask));
+            o += first;
+            i += first;
+            const Replacement& r = m_table[static_cast<unsigned char>(in[i])];
+            std::memcpy(o, r.text, sizeof r.text);
+            o += r.length;
+            ++i;
+        }
+#endif
+        for (; i < size; ++i) {
+            reserve(sizeof(Replacement::text));
+            const Replacement& r = m_table[static_cast<unsigned char>(in[i])];
+            if (r.length == 0) {
+                *o++ = in[i];
+            } else {
+                std::memcpy(o, r.text, sizeof r.text);
+                o += r.length;
+            }
+        }
+        out.resize(static_cast<std::size_t>(o - base));
+        return out;
+    }
+
+private:
+    std::array<Replacement, 256> m_table;
+    char m_bytes[N];
+};
+
+constexpr Escaper kXmlEscaper(kXmlRules);
+constexpr Escaper kJsonEscaper(kJsonRules);
 
 // The references that decodeXml understands, tried in this order at each '&'.
 struct Entity {
@@ -184,7 +257,7 @@ std::size_t skipMarkup(const std::string& xml, std::size_t pos) {
 
 }  // namespace
 
-std::string toXmlString(const std::string& text) { return escape(text, kXmlTable); }
+std::string toXmlString(const std::string& text) { return kXmlEscaper.escape(text); }
 
 std::string decodeXml(const std::string& text) {
     const std::size_t first = text.find('&');
@@ -221,7 +294,7 @@ std::string decodeXml(const std::string& text) {
 std::string toJsonString(const std::string& text) {
     const int fam = family();
     if (fam == kSingleByte) {
-        return escape(text, kJsonTable);
+        return kJsonEscaper.escape(text);
     }
     // A double-byte page: the byte after a lead byte may look like '\\' or '/', and belongs to
     // the character, so it is copied unexamined.
@@ -237,7 +310,7 @@ std::string toJsonString(const std::string& text) {
             }
             continue;
         }
-        const Replacement& r = kJsonTable[c];
+        const Replacement& r = kJsonEscaper[c];
         if (r.length == 0) {
             out.push_back(text[i]);
         } else {
