@@ -16,8 +16,11 @@
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/StringStream.hpp>
 #include <corvane/soa/common/xml/TryingToCreateNullHandle.hpp>
+#include <corvane/soa/common/xml/Utf8String.hpp>
+#include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>

@@ -8,9 +8,15 @@
 
 namespace Corvane::Soa::Common::Xml {
 
+class Utf8String;
+
 /// Escapes text for element content and attribute values: tab, line feed, form feed, carriage
 /// return, '"', '%', '&', '\'', '<' and '>' become character or entity references.
 CORVANE_SOA_API std::string toXmlString(const std::string& text);
+
+/// `toXmlString`, then, when `transcoder` is not null, the escaped text converted from the local
+/// code page to UTF-8 with `transcoder->encode`.
+CORVANE_SOA_API std::string toXmlString(const std::string& text, Utf8String* transcoder);
 
 /// Undoes `toXmlString` (and the other spellings of the same references) in one pass. Any other
 /// '&' is kept as it stands.
@@ -20,6 +26,10 @@ CORVANE_SOA_API std::string decodeXml(const std::string& text);
 /// return and tab get a backslash escape; other bytes, control bytes included, pass unchanged.
 /// In a double-byte local code page the byte after a lead byte is never examined.
 CORVANE_SOA_API std::string toJsonString(const std::string& text);
+
+/// `toJsonString`, then, when `transcoder` is not null, the escaped text converted from the
+/// local code page to UTF-8 with `transcoder->encode`.
+CORVANE_SOA_API std::string toJsonString(const std::string& text, Utf8String* transcoder);
 
 /// Undoes the eight backslash escapes that `toJsonString` writes; any other backslash, "\u"
 /// included, is kept with the byte after it.
@@ -39,7 +49,9 @@ CORVANE_SOA_API std::size_t findElement(const std::string& xml, const std::strin
 /// relatives); never for any other page.
 CORVANE_SOA_API bool isFirstOfMultibyte(const char& byte);
 
-/// Sets the default local code page (a converter name such as "Shift_JIS").
+/// Sets the default local code page (a converter name such as "Shift_JIS"): the page of every
+/// `Utf8String` made without one (`Utf8String::setDefaultEncoding` is the same setting) and of
+/// the lead-byte rule above.
 CORVANE_SOA_API void setDefaultCharacterEncoding(const std::string& codePage);
 
 /// The default local code page; empty until set.

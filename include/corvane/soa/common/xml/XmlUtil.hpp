@@ -22,6 +22,21 @@ public:
     /// True when the text starts with '{'. Throws `std::out_of_range` on empty text.
     static bool isJSON(const std::string& text);
 
+    /// Reads the XML text with `SAXToNodeParser` and hands the root element to
+    /// `target->parse(const XMLNode&)`. Returns the local name of that element (so a caller can
+    /// tell which document it was given); the target may be null, and then the text is only
+    /// read. The target is released afterwards. Parse failures throw `DomException`.
+    static std::string parse(const std::string& text, AutoPtr<BaseObject> target);
+    /// As above, but hands over the first element (in document order, the root included)
+    /// whose local name is `element`. The word "body" names the envelope's body element, a
+    /// child of the root called "body": when it holds a "bodystring" element with text, that
+    /// text (the serialised inner document) is read in turn and its root handed over;
+    /// otherwise the body's first child element is. Returns the local name of the element
+    /// handed over; throws `DomException` with "Element 'NAME' was not found in the XML
+    /// document." when there is none.
+    static std::string parse(const std::string& text, AutoPtr<BaseObject> target,
+                             const std::string& element);
+
     /// Writes `object` to `out`: as XML when `contentType` is exactly `sXmlContent`, as JSON for
     /// any other word.
     static void serialize(const std::string& contentType, AutoPtr<BaseObject> object,

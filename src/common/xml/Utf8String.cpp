@@ -1,0 +1,290 @@
+#include <corvane/soa/common/xml/Utf8String.hpp>
+#include <corvane/soa/common/xml/XmlText.hpp>
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
+
+#include <unicode/ucnv.h>
+#include <unicode/utypes.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace Corvane::Soa::Common::Xml {
+
+using Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException;
+
+namespace {
+
+[[noreturn]] void fail(const std::string& message) {
+    throw InternalServerException(message, Utf8String::kConversionErrorCode,
+                                  Utf8String::kConversionErrorLevel);
+}
+
+// The converter's name followed by its aliases: "NAME (ALIAS, ALIAS)".
+std::string describe(const UConverter* converter) {
+    UErrorCode status = U_ZERO_ERROR;
+    const char* name = ucnv_getName(converter, &status);
+    if (U_FAILURE(status) || name == nullptr) {
+        return "(unknown converter)";
+    }
+    std::string text = name;
+    text += " (";
+    const uint16_t count = ucnv_countAliases(name, &status);
+    for (uint16_t i = 0; i < count && U_SUCCESS(status); ++i) {
+        const char* alias = ucnv_getAlias(name, i, &status);
+        if (U_SUCCESS(status) && alias != nullptr) {
+            if (i != 0) {
+                text += ", ";
+            }
+            text += alias;
+        }
+    }
+    text += ")";
+    return text;
+}
+
+// Turns an ICU failure into an exception. A full buffer only means that the next piece
+// follows, and warnings are no failures.
+void handleError(const UConverter* converter, UErrorCode status, bool toUnicode) {
+    if (status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status)) {
+        return;
+    }
+    const std::string names = describe(converter);
+    std::string message = toUnicode ? "An error occured converting " + names + " to Unicode."
+                                    : "An error occured converting Unicode to " + names + ".";
+    message += u_errorName(status);
+    fail(message);
+}
+
+// Bytes that are not a character of the source page stop the conversion with an error rather
+// than passing on as U+FFFD: a text that cannot be read is reported, not silently altered.
+void stopOnIllegalInput(UConverter* converter) {
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+}
+
+// UTF-16 to UTF-8 without ICU, for the common case of a UTF-8 local page. Two passes: the
+// first sizes the result, the second writes it in place. An unpaired surrogate becomes U+FFFD,
+// as ICU's UTF-8 converter writes it.
+template <class Unit>
+void appendUtf8(const Unit* units, std::size_t length, std::string& out, bool replaceHexOneA) {
+    auto isHigh = [](unsigned u) { return u >= 0xD800 && u <= 0xDBFF; };
+    auto isLow = [](unsigned u) { return u >= 0xDC00 && u <= 0xDFFF; };
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const unsigned u = units[i];
+        if (u < 0x80) {
+            bytes += 1;
+        } else if (u < 0x800) {
+            bytes += 2;
+        } else if (isHigh(u) && i + 1 < length && isLow(units[i + 1])) {
+            bytes += 4;
+            ++i;
+        } else {
+            bytes += 3;
+        }
+    }
+    const std::size_t start = out.size();
+    out.resize(start + bytes);
+    auto* o = reinterpret_cast<unsigned char*>(&out[start]);
+    for (std::size_t i = 0; i < length; ++i) {
+        unsigned u = units[i];
+        if (u < 0x80) {
+            *o++ = static_cast<unsigned char>(replaceHexOneA && u == 0x1A ? '?' : u);
+        } else if (u < 0x800) {
+            *o++ = static_cast<unsigned char>(0xC0 | (u >> 6));
+            *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
+        } else if (isHigh(u) && i + 1 < length && isLow(units[i + 1])) {
+            const unsigned code = 0x10000 + ((u - 0xD800) << 10) + (units[++i] - 0xDC00);
+            *o++ = static_cast<unsigned char>(0xF0 | (code >> 18));
+            *o++ = static_cast<unsigned char>(0x80 | ((code >> 12) & 0x3F));
+            *o++ = static_cast<unsigned char>(0x80 | ((code >> 6) & 0x3F));
+            *o++ = static_cast<unsigned char>(0x80 | (code & 0x3F));
+        } else {
+            if (isHigh(u) || isLow(u)) {
+                u = 0xFFFD;
+            }
+            *o++ = static_cast<unsigned char>(0xE0 | (u >> 12));
+            *o++ = static_cast<unsigned char>(0x80 | ((u >> 6) & 0x3F));
+            *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
+        }
+    }
+}
+
+template <class Unit>
+std::size_t zeroTerminatedLength(const Unit* units) {
+    std::size_t length = 0;
+    if (units != nullptr) {
+        while (units[length] != 0) {
+            ++length;
+        }
+    }
+    return length;
+}
+
+}  // namespace
+
+Utf8String::Utf8String() { initialize(std::string()); }
+
+Utf8String::Utf8String(const std::string& codePage) { initialize(codePage); }
+
+Utf8String::~Utf8String() {
+    if (m_local != nullptr) {
+        ucnv_close(m_local);
+    }
+    if (m_utf8 != nullptr) {
+        ucnv_close(m_utf8);
+    }
+}
+
+// The default lives with the free function of XmlText, which also decides the lead-byte rule of
+// `isFirstOfMultibyte` from it: one setting for both.
+void Utf8String::setDefaultEncoding(const std::string& codePage) {
+    setDefaultCharacterEncoding(codePage);
+}
+
+const std::string& Utf8String::getDefaultEncoding() { return getDefaultCharacterEncoding(); }
+
+void Utf8String::initialize(std::string codePage) {
+    if (codePage.empty()) {
+        codePage = getDefaultCharacterEncoding();
+    }
+    if (codePage.empty()) {
+        codePage = ucnv_getDefaultName();
+    }
+    m_codePage = codePage;
+    std::string normalised;
+    m_localIsUtf8 = isUtf8(codePage, normalised);
+
+    m_unicodeBuffer.reset(new char16_t[sUnicodeBufferSize + 1]);
+    m_localBuffer.reset(new char[sLocalBufferSize + 1]);
+
+    UErrorCode status = U_ZERO_ERROR;
+    // Every spelling of UTF-8 opens the one converter.
+    m_local = ucnv_open(m_localIsUtf8 ? "UTF-8" : codePage.c_str(), &status);
+    if (U_FAILURE(status)) {
+        m_local = nullptr;
+        fail("Error opening local (" + codePage + ") converter " + u_errorName(status));
+    }
+    stopOnIllegalInput(m_local);
+    status = U_ZERO_ERROR;
+    m_utf8 = ucnv_open("UTF-8", &status);
+    if (U_FAILURE(status)) {
+        m_utf8 = nullptr;
+        ucnv_close(m_local);
+        m_local = nullptr;
+        fail(std::string("Error opening UTF-8 converter ") + u_errorName(status));
+    }
+    stopOnIllegalInput(m_utf8);
+}
+
+// Letter case is ignored too: "utf-8" is as common as "UTF-8".
+bool Utf8String::isUtf8(const std::string& name, std::string& normalised) {
+    normalised.clear();
+    normalised.reserve(name.size());
+    for (const char c : name) {
+        if (c != ' ' && c != '-' && c != '_') {
+            normalised.push_back(static_cast<char>(std::toupper(static_cast<unsigned char>(c))));
+        }
+    }
+    return normalised == sUTF8;
+}
+
+void Utf8String::replaceOneA(char* bytes, std::size_t length) {
+    char* const end = bytes + length;
+    for (char* p = static_cast<char*>(std::memchr(bytes, 0x1A, length)); p != nullptr;
+         p = static_cast<char*>(std::memchr(p + 1, 0x1A, static_cast<std::size_t>(end - p - 1)))) {
+        *p = '?';
+    }
+}
+
+void Utf8String::encode(const std::string& local, std::string& utf8) {
+    if (m_localIsUtf8) {
+        utf8 += local;
+        return;
+    }
+    convert(m_local, m_utf8, local.data(), local.size(), utf8);
+}
+
+void Utf8String::decode(const std::string& utf8, std::string& local) {
+    if (m_localIsUtf8) {
+        local += utf8;
+        return;
+    }
+    convert(m_utf8, m_local, utf8.data(), utf8.size(), local);
+}
+
+void Utf8String::decode(const unsigned short* utf16, std::string& local, bool replaceHexOneA) {
+    const std::size_t length = zeroTerminatedLength(utf16);
+    if (m_localIsUtf8) {
+        appendUtf8(utf16, length, local, replaceHexOneA);
+        return;
+    }
+    // ICU reads the units as char16_t; both are 16-bit unsigned integers.
+    const auto* units = reinterpret_cast<const char16_t*>(utf16);
+    decode(units, length, local, replaceHexOneA);
+}
+
+void Utf8String::decode(const char16_t* utf16, std::string& local, bool replaceHexOneA) {
+    decode(utf16, zeroTerminatedLength(utf16), local, replaceHexOneA);
+}
+
+void Utf8String::decode(const char16_t* utf16, std::size_t length, std::string& local,
+                        bool replaceHexOneA) {
+    if (m_localIsUtf8) {
+        appendUtf8(utf16, length, local, replaceHexOneA);
+        return;
+    }
+    ucnv_resetFromUnicode(m_local);
+    fromUnicode(m_local, utf16, utf16 + length, true, replaceHexOneA, local);
+}
+
+void Utf8String::convert(UConverter* from, UConverter* to, const char* bytes, std::size_t length,
+                         std::string& out) {
+    ucnv_resetToUnicode(from);
+    ucnv_resetFromUnicode(to);
+    out.reserve(out.size() + length);
+    const char* source = bytes;
+    const char* const end = bytes + length;
+    char16_t* const unicode = m_unicodeBuffer.get();
+    bool lastPiece = false;
+    do {
+        // Input goes in pieces of at most one buffer's worth; a character cut at the end of a
+        // piece stays in the converter until the next piece completes it.
+        const std::size_t left = static_cast<std::size_t>(end - source);
+        const char* const pieceEnd = left > sUnicodeBufferSize ? source + sUnicodeBufferSize : end;
+        lastPiece = pieceEnd == end;
+        bool more = false;
+        do {
+            char16_t* target = unicode;
+            UErrorCode status = U_ZERO_ERROR;
+            ucnv_toUnicode(from, &target, unicode + sUnicodeBufferSize, &source, pieceEnd, nullptr,
+                           lastPiece, &status);
+            handleError(from, status, true);
+            more = status == U_BUFFER_OVERFLOW_ERROR;
+            fromUnicode(to, unicode, target, lastPiece && !more, false, out);
+        } while (more);
+    } while (!lastPiece);
+}
+
+void Utf8String::fromUnicode(UConverter* to, const char16_t* begin, const char16_t* end, bool flush,
+                             bool replaceHexOneA, std::string& out) {
+    char* const buffer = m_localBuffer.get();
+    const char16_t* source = begin;
+    bool more = false;
+    do {
+        char* target = buffer;
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_fromUnicode(to, &target, buffer + sLocalBufferSize, &source, end, nullptr, flush,
+                         &status);
+        handleError(to, status, false);
+        more = status == U_BUFFER_OVERFLOW_ERROR;
+        const auto produced = static_cast<std::size_t>(target - buffer);
+        if (replaceHexOneA) {
+            replaceOneA(buffer, produced);
+        }
+        out.append(buffer, produced);
+    } while (more);
+}
+
+}  // namespace Corvane::Soa::Common::Xml
