@@ -70,37 +70,46 @@ void XmlStream::appendElementName(const std::string& ns, const std::string& name
     if (name.find(':') == std::string::npos) {
         const auto entry = m_namespaces.find(ns);
         if (entry != m_namespaces.end() && !entry->second.empty()) {
-            m_scratch.append(entry->second).append(1, ':');
+            m_scratch.append(entry->second);
+            m_scratch.push_back(':');
         }
     }
     m_scratch.append(name);
 }
 
-void XmlStream::writeOpenElement(const std::string& ns, const std::string& name) {
+void XmlStream::appendElementStart(const std::string& ns, const std::string& name) {
     m_scratch.append("\n<", 2);
     appendElementName(ns, name);
     if (m_rootPending) {
         for (const auto& [uri, prefix] : m_namespaces) {
-            m_scratch.append(" xmlns:").append(prefix).append("=\"").append(uri).append(1, '"');
+            m_scratch.append(" xmlns:").append(prefix).append("=\"", 2).append(uri);
+            m_scratch.push_back('"');
         }
         m_rootPending = false;
     }
+}
+
+void XmlStream::writeOpenElement(const std::string& ns, const std::string& name) {
+    appendElementStart(ns, name);
     flushScratch();
 }
 
 void XmlStream::writeOpenElement(const std::string& ns, const std::string& name,
                                  const std::vector<NameValuePair>& attributes) {
-    writeOpenElement(ns, name);
+    appendElementStart(ns, name);
     for (const NameValuePair& attribute : attributes) {
-        m_scratch.append(1, ' ').append(attribute.name).append("=\"", 2);
-        m_scratch.append(attribute.value).append(1, '"');
+        m_scratch.push_back(' ');
+        m_scratch.append(attribute.name).append("=\"", 2).append(attribute.value);
+        m_scratch.push_back('"');
     }
-    m_scratch.append(1, '>');
+    m_scratch.push_back('>');
     flushScratch();
 }
 
 void XmlStream::writeAttribute(const std::string& name, const std::string& value) {
-    m_scratch.append(1, ' ').append(name).append("=\"", 2).append(value).append(1, '"');
+    m_scratch.push_back(' ');
+    m_scratch.append(name).append("=\"", 2).append(value);
+    m_scratch.push_back('"');
     flushScratch();
 }
 
@@ -115,13 +124,16 @@ void XmlStream::writeOpenElementClose(const std::string& /*name*/, bool empty) {
 void XmlStream::writeCloseElement(const std::string& ns, const std::string& name) {
     m_scratch.append("</", 2);
     appendElementName(ns, name);
-    m_scratch.append(1, '>');
+    m_scratch.push_back('>');
     flushScratch();
 }
 
 void XmlStream::writeStringElement(const std::string& name, const std::string& value) {
-    m_scratch.append(1, '<').append(name).append(1, '>').append(value);
-    m_scratch.append("</", 2).append(name).append(1, '>');
+    m_scratch.push_back('<');
+    m_scratch.append(name);
+    m_scratch.push_back('>');
+    m_scratch.append(value).append("</", 2).append(name);
+    m_scratch.push_back('>');
     flushScratch();
 }
 

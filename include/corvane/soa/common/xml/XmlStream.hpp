@@ -80,6 +80,7 @@ public:
 private:
     void removeNamespace(const std::string& uri);
     void appendElementName(const std::string& ns, const std::string& name);
+    void appendElementStart(const std::string& ns, const std::string& name);
     void flushScratch();
     void write(const char* text, std::size_t length);
 
