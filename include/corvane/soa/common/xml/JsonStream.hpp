@@ -4,14 +4,28 @@
 #include <corvane/soa/Export.hpp>
 #include <corvane/soa/common/AccountedAllocation.hpp>
 
+#include <cstddef>
 #include <ostream>
 #include <string>
+#include <vector>
+
+namespace Corvane::Soa::Common {
+class DateTime;
+}  // namespace Corvane::Soa::Common
 
 namespace Corvane::Soa::Common::Xml {
 
+class BaseObject;
 class Utf8String;
 
-/// Streaming JSON writer through which every serialisable object writes its JSON form.
+/// Streaming JSON writer through which every serialisable object writes its JSON form. It builds
+/// no tree: callers open, write and close in document order, and the stream decides the commas,
+/// line feeds and indentation.
+///
+/// Every token-writing operation first writes the separator: "," when a comma is due, then a line
+/// feed unless nothing has been opened yet. Indentation follows a process-wide table of 18 levels
+/// (`setTabSize`, 0 blanks per level unless set); deeper nesting keeps the deepest indent.
+/// `writeMapOpen(key)` opens with "{" while `writeMapClose()` closes with "]": callers rely on it.
 class CORVANE_SOA_API JsonStream {
 public:
     explicit JsonStream(std::ostream* out);
@@ -20,15 +34,88 @@ public:
     JsonStream& operator=(const JsonStream&) = delete;
     ~JsonStream();
 
+    /// Rebuilds the shared indent table with `size` blanks per level.
+    static void setTabSize(std::size_t size);
+
+    Utf8String* getUtf8Transcoder() const noexcept { return m_transcoder; }
+    /// True until the first object, array or map has been opened.
+    bool isEmpty() const noexcept { return m_atStart; }
+
     /// Raw text, with no layout handling.
     JsonStream& operator<<(const char* text);
     JsonStream& operator<<(const std::string& text);
 
-    Utf8String* getUtf8Transcoder() const noexcept { return m_transcoder; }
+    void writeObjectOpen();
+    /// Opens an object; the first object of the stream also carries ".QName".
+    void writeObjectOpen(const std::string& qualifiedName);
+    void writeObjectClose();
+    void writeArrayOpen();
+    void writeArrayClose();
+    void writeMapOpen();
+    void writeMapOpen(const std::string& key);
+    void writeMapClose();
+
+    void writeKey(const std::string& key);
+    void writeKey(int key);
+
+    void writeValue(const std::string& value);
+    void writeValue(const char* value);
+    void writeEncodedValue(const std::string& value);
+    void writeValue(bool value);
+    void writeValue(int value);
+    void writeValue(float value);
+    void writeValue(double value);
+    void writeValue(const DateTime& value);
+    void writeValue(const BaseObject& value);
+
+    void writeAttribute(const std::string& name, const std::string& value, bool present);
+    void writeAttribute(const std::string& name, const char* value, bool present);
+    void writeAttribute(const std::string& name, bool value, bool present);
+    void writeAttribute(const std::string& name, int value, bool present);
+    void writeAttribute(const std::string& name, float value, bool present);
+    void writeAttribute(const std::string& name, double value, bool present);
+    void writeAttribute(const std::string& name, const DateTime& value, bool present);
+    void writeEncodedAttribute(const std::string& name, const std::string& value);
+
+    /// A one-member object on one line: {"name":"value"}.
+    void writeObject(const std::string& name, const std::string& value, bool present);
+    void writeObject(const std::string& name, const char* value, bool present);
+    /// A one-member object on one line: {"name":true}.
+    void writeObject(const std::string& name, bool value, bool present);
+
+    /// Only the separator.
+    void writeCommaAndLineFeed();
+
+    /// "name": [ items ] — or, when the items are map entries, `writeVectorMap`.
+    void writeVector(const std::vector<BaseObject*>& items, const std::string& name);
+    /// "name": { key:value, ... } from map entries.
+    void writeVectorMap(const std::vector<BaseObject*>& items, const std::string& name);
+    /// "name": { entries each written whole }.
+    void writeMap(const std::vector<BaseObject*>& items, const std::string& name);
+    /// "name":["a","b"] on one line, values unescaped.
+    void writeEncodedVector(const std::vector<std::string>& values, const std::string& name);
+    /// "name":["a","b"] on one line, values escaped.
+    void writeVector(const std::vector<std::string>& values, const std::string& name);
 
     CORVANE_SOA_ACCOUNTED_ALLOCATION("JsonStream")
 
 private:
+    void separator();
+    void raiseLevel();
+    void lowerLevel();
+    void writeIndentIf(bool on);
+    void writeEscaped(const std::string& value);
+    void writeStringVector(const std::vector<std::string>& values, const std::string& name,
+                           bool escape);
+    void write(const char* text, std::size_t length);
+    void write(const std::string& text) { write(text.data(), text.size()); }
+
+    int m_level = 0;
+    std::string m_indent;
+    bool m_needComma = false;
+    bool m_atStart = true;
+    bool m_started = true;
+    bool m_indentOn = true;
     std::ostream* m_out;
     Utf8String* m_transcoder = nullptr;
 };

@@ -2,29 +2,87 @@
 #define CORVANE_SOA_INTERNAL_JSON_JSONOBJECT_HPP
 
 #include <corvane/soa/common/AutoPtr.hpp>
+#include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 
-#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Corvane::Soa::Internal::Json {
 
-/// A JSON object: members ordered by byte-wise comparison of their keys.
+class JSONArray;
+class NullValue;
+class Parser;
+
+/// A JSON object: members ordered by byte-wise comparison of their keys, each key once.
+///
+/// Typed getters throw `KeyNotFoundException` for a missing key and `InvalidTypeException` for a
+/// member of another kind ("This elment is NULL." for a null member).
 class CORVANE_SOA_API JSONObject : public Value {
 public:
+    using Member = std::pair<std::string, Common::AutoPtr<Value>>;
+
     JSONObject();
     ~JSONObject() override;
 
-    /// True when the object has at least one member (callers rely on this inverted sense).
+    /// True when the object has at least one member: callers rely on this inverted sense.
     bool isEmpty() const override { return !m_members.empty(); }
     std::size_t size() const override { return m_members.size(); }
     ValueType getType() const override { return OBJECT; }
+
+    /// Stores the value under the key, replacing (and releasing) any value already there.
+    void accumulate(const std::string& key, bool value);
+    void accumulate(const std::string& key, const Common::DateTime& value);
+    void accumulate(const std::string& key, double value);
+    void accumulate(const std::string& key, int value);
+    void accumulate(const std::string& key, Common::AutoPtr<JSONArray> value);
+    void accumulate(const std::string& key, Common::AutoPtr<JSONObject> value);
+    void accumulate(const std::string& key, Common::AutoPtr<NullValue> value);
+    void accumulate(const std::string& key, const std::string& value);
+    void accumulate(const std::string& key, const char* value);
+
+    bool containsKey(const std::string& key) const;
+    /// The keys in key order.
+    std::vector<std::string> getKeys() const;
+    ValueType getValueType(const std::string& key) const;
+    bool isNull(const std::string& key) const;
+
+    bool getBoolean(const std::string& key) const;
+    /// A date member, or a string member read as a wire-form date.
+    Common::DateTime getDate(const std::string& key) const;
+    /// A double member, or an integer member widened.
+    double getDouble(const std::string& key) const;
+    int getInteger(const std::string& key) const;
+    Common::AutoPtr<JSONArray> getJSONArray(const std::string& key) const;
+    Common::AutoPtr<JSONObject> getJSONObject(const std::string& key) const;
+    /// A string member, or a date member's wire text.
+    const std::string& getString(const std::string& key) const;
+    /// The stored value itself, whatever its kind.
+    Common::AutoPtr<Value> getValue(const std::string& key) const;
+
+    /// The key text itself converted, for maps whose keys are written as text.
+    std::string getKeyAsString(const std::string& key) const;
+    int getKeyAsInteger(const std::string& key) const;
+    double getKeyAsDouble(const std::string& key) const;
+
+    /// The members in key order.
+    const std::vector<Member>& getMembers() const noexcept { return m_members; }
+
+    /// Prints the object as indented JSON text at level 0.
+    void serializeObject(std::ostream& os) const;
 
 protected:
     void serialize(int level, std::ostream& os) const override;
 
 private:
-    std::map<std::string, Common::AutoPtr<Value>> m_members;
+    friend class Parser;
+    friend class Value;
+
+    void put(const std::string& key, Common::AutoPtr<Value> value);
+    const Value& find(const std::string& key) const;
+
+    std::vector<Member> m_members;  // sorted by key
 };
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -6,10 +6,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <ostream>
+#include <string>
 
 namespace Corvane::Soa::Internal::Json {
 
-/// A node of the JSON tree, held through `AutoPtr` by its own (non-atomic) count.
+class JSONObject;
+class JSONArray;
+
+/// A node of the JSON tree: one of six scalar kinds or one of the two containers. Values are
+/// created with `new` and held through `AutoPtr`, which calls `ref()` and `unref()`; the count
+/// is plain, not atomic, so a tree belongs to one thread at a time.
+///
+/// Destroying a tree never recurses, however deep it is: containers whose last holder lets go
+/// are taken apart one at a time.
 class CORVANE_SOA_API Value {
 public:
     /// Kinds of values; the numbers are fixed.
@@ -36,14 +45,30 @@ public:
     void ref() noexcept { ++m_refCount; }
     void unref() noexcept {
         if (--m_refCount == 0) {
-            delete this;
+            destroy(this);
         }
     }
 
+    /// The name of a kind in messages: "Undeterined", "Boolean", "Double", "Integer",
+    /// "JSONArray", "JSONObject", "Null", "String", "Date".
+    static const std::string& getTypeName(ValueType type);
+
+    /// Sets the indentation unit of printed trees, in blanks (2 unless set).
+    static void setTabSize(std::size_t size);
+
 protected:
+    friend class JSONObject;
+    friend class JSONArray;
+
+    /// Prints the value as JSON text at the given indentation level.
     virtual void serialize(int level, std::ostream& os) const = 0;
 
+    /// `level` indentation units of blanks.
+    static std::string getPadding(int level);
+
 private:
+    static void destroy(Value* value) noexcept;
+
     std::uint32_t m_refCount = 0;
 };
 

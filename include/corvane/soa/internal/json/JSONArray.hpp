@@ -1,0 +1,71 @@
+#ifndef CORVANE_SOA_INTERNAL_JSON_JSONARRAY_HPP
+#define CORVANE_SOA_INTERNAL_JSON_JSONARRAY_HPP
+
+#include <corvane/soa/common/AutoPtr.hpp>
+#include <corvane/soa/common/DateTime.hpp>
+#include <corvane/soa/internal/json/Value.hpp>
+
+#include <string>
+#include <vector>
+
+namespace Corvane::Soa::Internal::Json {
+
+class JSONObject;
+class NullValue;
+class Parser;
+
+/// A JSON array. Each element carries the kind recorded when it was added; typed getters check
+/// that recorded kind and throw `IndexOutOfRangeException` or `InvalidTypeException`.
+class CORVANE_SOA_API JSONArray : public Value {
+public:
+    JSONArray();
+    ~JSONArray() override;
+
+    /// True when the array has at least one element: callers rely on this inverted sense.
+    bool isEmpty() const override { return !m_values.empty(); }
+    std::size_t size() const override { return m_values.size(); }
+    ValueType getType() const override { return ARRAY; }
+
+    void add(bool value);
+    void add(const Common::DateTime& value);
+    void add(double value);
+    void add(int value);
+    void add(Common::AutoPtr<JSONArray> value);
+    void add(Common::AutoPtr<JSONObject> value);
+    void add(Common::AutoPtr<NullValue> value);
+    void add(const std::string& value);
+    void add(const char* value);
+
+    /// The kind recorded for the element (no range check beyond the vector's own).
+    ValueType getValueType(std::size_t index) const;
+    bool isNull(std::size_t index) const;
+    Common::AutoPtr<Value> getValue(std::size_t index) const;
+
+    bool getBoolean(std::size_t index) const;
+    Common::DateTime getDate(std::size_t index) const;
+    double getDouble(std::size_t index) const;
+    int getInteger(std::size_t index) const;
+    Common::AutoPtr<JSONArray> getJSONArray(std::size_t index) const;
+    Common::AutoPtr<JSONObject> getJSONObject(std::size_t index) const;
+    const std::string& getString(std::size_t index) const;
+
+    /// Prints the array as indented JSON text at level 0.
+    void serializeDocument(std::ostream& os) const;
+
+protected:
+    void serialize(int level, std::ostream& os) const override;
+
+private:
+    friend class Parser;
+    friend class Value;
+
+    void append(ValueType kind, Common::AutoPtr<Value> value);
+    void checkIndex(std::size_t index) const;
+
+    std::vector<ValueType> m_kinds;
+    std::vector<Common::AutoPtr<Value>> m_values;
+};
+
+}  // namespace Corvane::Soa::Internal::Json
+
+#endif

@@ -1,0 +1,31 @@
+#ifndef CORVANE_SOA_INTERNAL_JSON_STRINGVALUE_HPP
+#define CORVANE_SOA_INTERNAL_JSON_STRINGVALUE_HPP
+
+#include <corvane/soa/internal/json/Value.hpp>
+
+#include <string>
+
+namespace Corvane::Soa::Internal::Json {
+
+/// A JSON string, held unescaped in the local code page.
+class CORVANE_SOA_API StringValue : public Value {
+public:
+    explicit StringValue(const std::string& value);
+    ~StringValue() override;
+
+    bool isEmpty() const override { return false; }
+    std::size_t size() const override { return 1; }
+    ValueType getType() const override { return STRING; }
+
+    const std::string& getValue() const noexcept { return m_value; }
+
+protected:
+    void serialize(int level, std::ostream& os) const override;
+
+private:
+    std::string m_value;
+};
+
+}  // namespace Corvane::Soa::Internal::Json
+
+#endif
