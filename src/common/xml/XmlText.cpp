@@ -1,5 +1,7 @@
 #include <corvane/soa/common/xml/XmlText.hpp>
 
+#include "XmlTextAppend.hpp"
+
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -318,6 +320,31 @@ std::string toJsonString(const std::string& text) {
         }
     }
     return out;
+}
+
+// The writers' form of toJsonString: runs of bytes that stand for themselves are appended
+// whole, so nothing is appended byte by byte and no string is built in between.
+void appendJsonString(std::string& out, const char* text, std::size_t size) {
+    const int fam = family();
+    const char* const end = text + size;
+    const char* run = text;
+    const char* p = text;
+    while (p != end) {
+        const auto c = static_cast<unsigned char>(*p);
+        if (fam != kSingleByte && isLeadByte(fam, c)) {
+            p += end - p >= 2 ? 2 : 1;  // the trail byte belongs to the character
+            continue;
+        }
+        const Replacement& r = kJsonEscaper[c];
+        if (r.length == 0) {
+            ++p;
+            continue;
+        }
+        out.append(run, static_cast<std::size_t>(p - run));
+        out.append(r.text, r.length);
+        run = ++p;
+    }
+    out.append(run, static_cast<std::size_t>(p - run));
 }
 
 std::string decodeJson(const std::string& text) {

@@ -38,7 +38,9 @@ public:
     static void setTabSize(std::size_t size);
 
     Utf8String* getUtf8Transcoder() const noexcept { return m_transcoder; }
-    /// True until the first object, array or map has been opened.
+    /// True until the first object, array or map has been opened (`writeObjectOpen`,
+    /// `writeArrayOpen`, `writeMapOpen()`); until then no token is preceded by a line feed. A
+    /// keyed `writeMapOpen(key)` and the collection writers leave it true.
     bool isEmpty() const noexcept { return m_atStart; }
 
     /// Raw text, with no layout handling.
@@ -66,6 +68,7 @@ public:
     void writeValue(float value);
     void writeValue(double value);
     void writeValue(const DateTime& value);
+    /// The object's own `writeJSON(this)`; its first token writes the separator.
     void writeValue(const BaseObject& value);
 
     void writeAttribute(const std::string& name, const std::string& value, bool present);
@@ -92,7 +95,8 @@ public:
     void writeVectorMap(const std::vector<BaseObject*>& items, const std::string& name);
     /// "name": { entries each written whole }.
     void writeMap(const std::vector<BaseObject*>& items, const std::string& name);
-    /// "name":["a","b"] on one line, values unescaped.
+    /// "name":["a","b"] on one line, values unescaped. The next token is separated from it like
+    /// from any value.
     void writeEncodedVector(const std::vector<std::string>& values, const std::string& name);
     /// "name":["a","b"] on one line, values escaped.
     void writeVector(const std::vector<std::string>& values, const std::string& name);
@@ -100,13 +104,24 @@ public:
     CORVANE_SOA_ACCOUNTED_ALLOCATION("JsonStream")
 
 private:
+    // The operations assemble their text in `m_buffer` and hand it to the output stream's
+    // buffer in one piece (`flush`), so that text written to the same std::ostream between two
+    // operations stays in order.
     void separator();
     void raiseLevel();
     void lowerLevel();
     void writeIndentIf(bool on);
     void writeEscaped(const std::string& value);
+    void writeEscaped(const char* value, std::size_t length);
+    void writeQuotedName(const std::string& name);
+    void writeNumber(int value);
+    void writeNumber(double value);
+    void writeDate(const DateTime& value);
     void writeStringVector(const std::vector<std::string>& values, const std::string& name,
                            bool escape);
+    void writeFrameOpen(const std::string& name, char bracket);
+    void writeFrameClose(char bracket);
+    void flush();
     void write(const char* text, std::size_t length);
     void write(const std::string& text) { write(text.data(), text.size()); }
 
@@ -118,6 +133,8 @@ private:
     bool m_indentOn = true;
     std::ostream* m_out;
     Utf8String* m_transcoder = nullptr;
+    std::string m_buffer;   // text of the operation under way
+    std::string m_escaped;  // escaped text awaiting transcoding
 };
 
 }  // namespace Corvane::Soa::Common::Xml

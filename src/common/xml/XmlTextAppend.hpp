@@ -1,0 +1,18 @@
+#ifndef CORVANE_SOA_SRC_COMMON_XML_XMLTEXTAPPEND_HPP
+#define CORVANE_SOA_SRC_COMMON_XML_XMLTEXTAPPEND_HPP
+
+// Escaping that writes into a caller's buffer, for the writers inside the library. Not part of
+// the exported interface.
+
+#include <cstddef>
+#include <string>
+
+namespace Corvane::Soa::Common::Xml {
+
+/// Appends to `out` exactly what `toJsonString` returns for the `size` bytes at `text` (the
+/// same escapes, the same double-byte lead-byte rule), without building a string of its own.
+void appendJsonString(std::string& out, const char* text, std::size_t size);
+
+}  // namespace Corvane::Soa::Common::Xml
+
+#endif
