@@ -1,0 +1,60 @@
+#include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/common/xml/XmlText.hpp>
+#include <corvane/soa/internal/json/BooleanValue.hpp>
+#include <corvane/soa/internal/json/DateValue.hpp>
+#include <corvane/soa/internal/json/DoubleValue.hpp>
+#include <corvane/soa/internal/json/IntegerValue.hpp>
+#include <corvane/soa/internal/json/NullValue.hpp>
+#include <corvane/soa/internal/json/StringValue.hpp>
+
+#include <string>
+
+namespace Corvane::Soa::Internal::Json {
+
+using Common::Xml::lexical_cast;
+
+NullValue::NullValue() = default;
+NullValue::~NullValue() = default;
+void NullValue::serialize(int /*level*/, std::ostream& os) const { os.write("null", 4); }
+
+BooleanValue::BooleanValue(bool value) : m_value(value) {}
+BooleanValue::~BooleanValue() = default;
+void BooleanValue::serialize(int /*level*/, std::ostream& os) const {
+    if (m_value) {
+        os.write("true", 4);
+    } else {
+        os.write("false", 5);
+    }
+}
+
+IntegerValue::IntegerValue(int value) : m_value(value) {}
+IntegerValue::~IntegerValue() = default;
+void IntegerValue::serialize(int /*level*/, std::ostream& os) const {
+    os << lexical_cast<std::string, int>(m_value);
+}
+
+DoubleValue::DoubleValue(double value) : m_value(value) {}
+DoubleValue::~DoubleValue() = default;
+void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
+    os << lexical_cast<std::string, double>(m_value);
+}
+
+StringValue::StringValue(const std::string& value) : m_value(value) {}
+StringValue::~StringValue() = default;
+void StringValue::serialize(int /*level*/, std::ostream& os) const {
+    os.put('"');
+    os << Common::Xml::toJsonString(m_value);
+    os.put('"');
+}
+
+DateValue::DateValue(const Common::DateTime& value)
+    : m_value(value), m_text(lexical_cast<std::string, Common::DateTime>(value)) {}
+DateValue::~DateValue() = default;
+// The wire text of a date holds nothing that needs escaping.
+void DateValue::serialize(int /*level*/, std::ostream& os) const {
+    os.put('"');
+    os << m_text;
+    os.put('"');
+}
+
+}  // namespace Corvane::Soa::Internal::Json

@@ -1,0 +1,521 @@
+#include <corvane/soa/common/DateTime.hpp>
+#include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/internal/json/BooleanValue.hpp>
+#include <corvane/soa/internal/json/DateValue.hpp>
+#include <corvane/soa/internal/json/DoubleValue.hpp>
+#include <corvane/soa/internal/json/IndexOutOfRangeException.hpp>
+#include <corvane/soa/internal/json/IntegerValue.hpp>
+#include <corvane/soa/internal/json/InvalidTypeException.hpp>
+#include <corvane/soa/internal/json/JSONArray.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/KeyNotFoundException.hpp>
+#include <corvane/soa/internal/json/NullValue.hpp>
+#include <corvane/soa/internal/json/ParsingException.hpp>
+#include <corvane/soa/internal/json/StringValue.hpp>
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException;
+using Corvane::Soa::Common::AutoPtr;
+using Corvane::Soa::Common::DateTime;
+using Corvane::Soa::Common::Xml::lexical_cast;
+using namespace Corvane::Soa::Internal::Json;
+
+// Runs `call` and expects it to throw exactly `E` with `message`, through both accessors.
+template <class E>
+void expectFailure(const std::function<void()>& call, const std::string& message) {
+    try {
+        call();
+        ADD_FAILURE() << "no exception, expected: " << message;
+    } catch (const E& e) {
+        EXPECT_EQ(e.getMessage(), message);
+        EXPECT_STREQ(e.what(), message.c_str());
+    } catch (const JSONException& e) {
+        ADD_FAILURE() << "another JSON exception: " << e.getMessage();
+    }
+}
+
+std::string print(const JSONObject& object) {
+    std::ostringstream os;
+    object.serializeObject(os);
+    return os.str();
+}
+
+std::string print(const JSONArray& array) {
+    std::ostringstream os;
+    array.serializeDocument(os);
+    return os.str();
+}
+
+// A container that counts its destructions.
+int gDestroyed = 0;
+template <class Base>
+class Counting : public Base {
+public:
+    ~Counting() override { ++gDestroyed; }
+};
+
+// One member of every kind.
+AutoPtr<JSONObject> everyKind() {
+    AutoPtr<JSONObject> object(new JSONObject);
+    AutoPtr<JSONArray> array(new JSONArray);
+    array->add(1);
+    AutoPtr<JSONObject> inner(new JSONObject);
+    inner->accumulate("x", 1);
+    object->accumulate("a", array);
+    object->accumulate("b", true);
+    object->accumulate("d", 2.5);
+    object->accumulate("i", 5);
+    object->accumulate("n", AutoPtr<NullValue>(new NullValue));
+    object->accumulate("o", inner);
+    object->accumulate("s", std::string("text"));
+    object->accumulate("t", DateTime(2014, 3, 22, 0, 19, 59));
+    return object;
+}
+
+TEST(JSONExceptions, CarryTheirMessageAndShareTheRoot) {
+    const InvalidTypeException original("wrong kind");
+    InvalidTypeException copy(original);
+    EXPECT_EQ(copy.getMessage(), "wrong kind");
+    copy = InvalidTypeException("other");
+    EXPECT_STREQ(copy.what(), "other");
+    EXPECT_EQ(KeyNotFoundException().getMessage(), "");
+
+    const std::vector<std::function<void()>> throwers = {
+        [] { throw KeyNotFoundException("k"); }, [] { throw InvalidTypeException("t"); },
+        [] { throw IndexOutOfRangeException("i"); }, [] { throw ParsingException("p"); }};
+    for (const auto& thrower : throwers) {
+        EXPECT_THROW(thrower(), JSONException);
+        EXPECT_THROW(thrower(), std::exception);
+    }
+}
+
+TEST(ValueModel, ScalarKindsAndTheirNames) {
+    EXPECT_EQ(NullValue().getType(), Value::NULL_VALUE);
+    EXPECT_TRUE(NullValue().isEmpty());
+    EXPECT_EQ(NullValue().size(), 0U);
+    EXPECT_FALSE(StringValue("").isEmpty());
+    EXPECT_EQ(StringValue("").size(), 1U);
+    EXPECT_EQ(DoubleValue(1).getType(), Value::DOUBLE);
+    EXPECT_EQ(IntegerValue(1).getType(), Value::INTEGER);
+
+    const std::vector<std::string> names = {"Undeterined", "Boolean",   "Double",
+                                            "Integer",     "JSONArray", "JSONObject",
+                                            "Null",        "String",    "Date"};
+    for (int kind = 0; kind <= 8; ++kind) {
+        EXPECT_EQ(Value::getTypeName(static_cast<Value::ValueType>(kind)), names[kind]);
+    }
+
+    const DateTime date(2001, 2, 3, 4, 5, 6);
+    const DateValue value(date);
+    EXPECT_EQ(value.getValue(), date);
+    EXPECT_EQ(value.getText(), lexical_cast<std::string>(date));
+}
+
+TEST(ValueModel, EmptinessIsInvertedForContainers) {
+    JSONArray array;
+    JSONObject object;
+    EXPECT_FALSE(array.isEmpty());
+    EXPECT_FALSE(object.isEmpty());
+    array.add(false);
+    object.accumulate("k", false);
+    EXPECT_TRUE(array.isEmpty());
+    EXPECT_TRUE(object.isEmpty());
+    EXPECT_EQ(array.size(), 1U);
+    EXPECT_EQ(object.size(), 1U);
+}
+
+TEST(JSONObject, GettersReturnAcceptedKinds) {
+    const AutoPtr<JSONObject> object = everyKind();
+    EXPECT_TRUE(object->getBoolean("b"));
+    EXPECT_EQ(object->getInteger("i"), 5);
+    EXPECT_EQ(object->getDouble("d"), 2.5);
+    EXPECT_EQ(object->getDouble("i"), 5.0);
+    EXPECT_EQ(object->getString("s"), "text");
+    EXPECT_EQ(object->getJSONArray("a")->getInteger(0), 1);
+    EXPECT_EQ(object->getJSONObject("o")->getInteger("x"), 1);
+    EXPECT_EQ(object->getJSONObject("o"), object->getValue("o"));
+    EXPECT_EQ(object->getValue("n")->getType(), Value::NULL_VALUE);
+    // A reference to the stored text, not a copy.
+    EXPECT_EQ(&object->getString("s"), &object->getString("s"));
+
+    EXPECT_TRUE(object->containsKey("t"));
+    EXPECT_FALSE(object->containsKey("T"));
+    EXPECT_FALSE(object->containsKey(""));
+    EXPECT_TRUE(object->isNull("n"));
+    EXPECT_FALSE(object->isNull("s"));
+    EXPECT_EQ(object->getValueType("a"), Value::ARRAY);
+    EXPECT_EQ(object->getValueType("t"), Value::DATE);
+}
+
+TEST(JSONObject, GetterFailuresInOrderOfChecks) {
+    const AutoPtr<JSONObject> object = everyKind();
+    const JSONObject& o = *object;
+
+    // A missing key comes first, for every getter and lookup.
+    const std::string missing = "nope is not a valid key in this JSONObject";
+    expectFailure<KeyNotFoundException>([&] { o.getBoolean("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.getDate("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.getString("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.getJSONObject("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.isNull("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.getValueType("nope"); }, missing);
+    expectFailure<KeyNotFoundException>([&] { o.getValue("nope"); }, missing);
+
+    // A null member, whatever was asked for.
+    const std::string null = "This elment is NULL.";
+    expectFailure<InvalidTypeException>([&] { o.getBoolean("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getDate("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getDouble("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getInteger("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getJSONArray("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getJSONObject("n"); }, null);
+    expectFailure<InvalidTypeException>([&] { o.getString("n"); }, null);
+
+    // Another kind: the key and the wording of the getter (dates share the double wording).
+    expectFailure<InvalidTypeException>([&] { o.getBoolean("i"); }, "i is not a boolean value.");
+    expectFailure<InvalidTypeException>([&] { o.getInteger("d"); }, "d is not an integer value.");
+    expectFailure<InvalidTypeException>([&] { o.getDouble("s"); }, "s is not a double value.");
+    expectFailure<InvalidTypeException>([&] { o.getDate("b"); }, "b is not a double value.");
+    expectFailure<InvalidTypeException>([&] { o.getString("i"); }, "i is not a string value.");
+    expectFailure<InvalidTypeException>([&] { o.getJSONArray("o"); },
+                                        "o is not a JSONArray value.");
+    expectFailure<InvalidTypeException>([&] { o.getJSONObject("a"); },
+                                        "a is not a JSONObject value.");
+    EXPECT_EQ(o.size(), 8U);
+}
+
+TEST(JSONObject, DatesAndStringsReadAsEachOther) {
+    const std::string text = "2014-03-22T00:19:59+01:00";
+    const DateTime date(text);
+    JSONObject object;
+    object.accumulate("date", date);
+    object.accumulate("text", text.c_str());
+    object.accumulate("bad", "2014-03-22");
+
+    EXPECT_EQ(object.getString("date"), lexical_cast<std::string>(date));
+    EXPECT_EQ(object.getDate("date"), date);
+    EXPECT_EQ(object.getDate("text"), date);
+    EXPECT_EQ(object.getValueType("text"), Value::STRING);
+    EXPECT_THROW(object.getDate("bad"), InternalServerException);
+}
+
+TEST(JSONObject, AccumulateReplacesAndReleases) {
+    JSONObject object;
+    object.accumulate("k", 1);
+    object.accumulate("k", "x");
+    EXPECT_EQ(object.size(), 1U);
+    EXPECT_EQ(object.getValueType("k"), Value::STRING);
+    EXPECT_EQ(object.getString("k"), "x");
+
+    gDestroyed = 0;
+    object.accumulate("c", AutoPtr<JSONArray>(new Counting<JSONArray>));
+    object.accumulate("c", AutoPtr<JSONObject>(new Counting<JSONObject>));
+    EXPECT_EQ(gDestroyed, 1);
+    object.accumulate("c", 2.0);
+    EXPECT_EQ(gDestroyed, 2);
+    EXPECT_EQ(object.getKeys(), std::vector<std::string>({"c", "k"}));
+
+    // A null text is a null member.
+    object.accumulate("k", static_cast<const char*>(nullptr));
+    EXPECT_TRUE(object.isNull("k"));
+}
+
+TEST(JSONObject, KeysAreOrderedBytewise) {
+    JSONObject object;
+    for (const char* key : {"b", "\xC3\xA9", "a", "B", "", "ab"}) {
+        object.accumulate(key, 1);
+    }
+    EXPECT_EQ(object.getKeys(), std::vector<std::string>({"", "B", "a", "ab", "b", "\xC3\xA9"}));
+    for (const auto& member : object.getMembers()) {
+        EXPECT_TRUE(object.containsKey(member.first));
+    }
+
+    JSONObject three;
+    three.accumulate("b", 1);
+    three.accumulate("a", 2);
+    three.accumulate("B", 3);
+    EXPECT_EQ(print(three), "{\n  \"B\": 3,\n  \"a\": 2,\n  \"b\": 1\n}");
+}
+
+TEST(JSONObject, KeysConvertThemselves) {
+    const JSONObject object;  // the key need not be present
+    EXPECT_EQ(object.getKeyAsString("k 1"), "k 1");
+    EXPECT_EQ(object.getKeyAsInteger("-42"), -42);
+    EXPECT_EQ(object.getKeyAsInteger("x"), std::numeric_limits<int>::min());
+    EXPECT_EQ(object.getKeyAsDouble("2.5"), 2.5);
+}
+
+TEST(JSONObject, NullHolderReadsAsNull) {
+    JSONObject object;
+    object.accumulate("z", AutoPtr<JSONArray>());
+    EXPECT_TRUE(object.isNull("z"));
+    EXPECT_TRUE(object.getValue("z").isNull());
+    expectFailure<InvalidTypeException>([&] { object.getJSONArray("z"); }, "This elment is NULL.");
+    EXPECT_EQ(print(object), "{\"z\": null}");
+}
+
+TEST(JSONArray, AddRecordsKinds) {
+    JSONArray array;
+    array.add(true);
+    array.add(DateTime(2014, 3, 22, 0, 19, 59));
+    array.add(0.5);
+    array.add(7);
+    array.add(AutoPtr<JSONArray>(new JSONArray));
+    array.add(AutoPtr<JSONObject>(new JSONObject));
+    array.add(AutoPtr<NullValue>(new NullValue));
+    array.add(std::string("s"));
+    array.add("c");
+    const std::vector<Value::ValueType> kinds = {Value::BOOLEAN,    Value::DATE,   Value::DOUBLE,
+                                                 Value::INTEGER,    Value::ARRAY,  Value::OBJECT,
+                                                 Value::NULL_VALUE, Value::STRING, Value::STRING};
+    ASSERT_EQ(array.size(), kinds.size());
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        EXPECT_EQ(array.getValueType(i), kinds[i]) << i;
+        EXPECT_EQ(array.isNull(i), i == 6) << i;
+    }
+    EXPECT_TRUE(array.getBoolean(0));
+    EXPECT_EQ(array.getDate(1), DateTime(2014, 3, 22, 0, 19, 59));
+    EXPECT_EQ(array.getString(1), lexical_cast<std::string>(DateTime(2014, 3, 22, 0, 19, 59)));
+    EXPECT_EQ(array.getDouble(2), 0.5);
+    EXPECT_EQ(array.getDouble(3), 7.0);
+    EXPECT_EQ(array.getInteger(3), 7);
+    EXPECT_EQ(array.getJSONArray(4)->size(), 0U);
+    EXPECT_EQ(array.getJSONObject(5), array.getValue(5));
+    EXPECT_EQ(array.getString(8), "c");
+    EXPECT_EQ(&array.getString(7), &array.getString(7));
+}
+
+TEST(JSONArray, GetterFailuresInOrderOfChecks) {
+    JSONArray array;
+    array.add(true);
+    // The range comes first, then the recorded kind.
+    expectFailure<IndexOutOfRangeException>(
+        [&] { array.getBoolean(3); },
+        "The index 3 is out of range for the number of values in this JSONArray(1).");
+    expectFailure<IndexOutOfRangeException>(
+        [&] { array.getInteger(1); },
+        "The index 1 is out of range for the number of values in this JSONArray(1).");
+    expectFailure<IndexOutOfRangeException>(
+        [&] { array.isNull(1); },
+        "The index 1 is out of range for the number of values in this JSONArray(1).");
+    expectFailure<InvalidTypeException>(
+        [&] { array.getInteger(0); },
+        "This JSONArray index has been established as containing a Boolean type.");
+
+    array.add(AutoPtr<NullValue>(new NullValue));
+    array.add(1.5);
+    expectFailure<InvalidTypeException>(
+        [&] { array.getString(1); },
+        "This JSONArray index has been established as containing a Null type.");
+    expectFailure<InvalidTypeException>(
+        [&] { array.getDate(2); },
+        "This JSONArray index has been established as containing a Double type.");
+    expectFailure<InvalidTypeException>(
+        [&] { array.getJSONObject(2); },
+        "This JSONArray index has been established as containing a Double type.");
+
+    // The recorded kind fits but nothing of that kind is held.
+    array.add(AutoPtr<JSONArray>());
+    array.add(AutoPtr<JSONObject>());
+    array.add(static_cast<const char*>(nullptr));
+    expectFailure<InvalidTypeException>([&] { array.getJSONArray(3); }, "This elment is NULL.");
+    expectFailure<InvalidTypeException>([&] { array.getJSONObject(4); }, "This elment is NULL.");
+    expectFailure<InvalidTypeException>([&] { array.getString(5); }, "This elment is NULL.");
+    EXPECT_EQ(array.getValueType(5), Value::STRING);
+    EXPECT_TRUE(array.isNull(5));
+    EXPECT_FALSE(array.isNull(3));
+
+    JSONArray strings;
+    strings.add("not a date");
+    EXPECT_THROW(strings.getDate(0), InternalServerException);
+}
+
+TEST(ValueModelPrinting, Scalars) {
+    JSONArray array;
+    array.add(std::numeric_limits<int>::min());
+    array.add(0.1);
+    array.add(-2.5);
+    array.add(false);
+    array.add(AutoPtr<NullValue>(new NullValue));
+    const DateTime date(2014, 3, 22, 0, 19, 59);
+    array.add(date);
+    EXPECT_EQ(print(array), "[-2147483648,0.10000000000000001,-2.5,false,null,\"" +
+                                lexical_cast<std::string>(date) + "\"\n]");
+}
+
+TEST(ValueModelPrinting, StringsAreEscapedAndKeysAreNot) {
+    JSONObject object;
+    object.accumulate("q\"k", std::string("a/b\t\x01\"\\\n"));
+    EXPECT_EQ(print(object), std::string("{\"q\"k\": \"a\\/b\\t\x01\\\"\\\\\\n\"}"));
+}
+
+TEST(ValueModelPrinting, EmptyContainers) {
+    EXPECT_EQ(print(JSONObject()), "{\n}");
+    EXPECT_EQ(print(JSONArray()), "[\n]");
+}
+
+// Members of every layout: an array, an empty object, an object of two members and one of one.
+AutoPtr<JSONObject> nested() {
+    AutoPtr<JSONObject> root(new JSONObject);
+    AutoPtr<JSONArray> numbers(new JSONArray);
+    numbers->add(1);
+    numbers->add(2);
+    numbers->add(3);
+    root->accumulate("arr", numbers);
+    root->accumulate("empty", AutoPtr<JSONObject>(new JSONObject));
+    AutoPtr<JSONObject> two(new JSONObject);
+    two->accumulate("y", AutoPtr<NullValue>(new NullValue));
+    two->accumulate("x", true);
+    root->accumulate("obj", two);
+    AutoPtr<JSONObject> one(new JSONObject);
+    one->accumulate("k", 1.5);
+    root->accumulate("one", one);
+    return root;
+}
+
+TEST(ValueModelPrinting, NestedObjectWithEachTabSize) {
+    const AutoPtr<JSONObject> root = nested();
+    const char* const layout =
+        "{\n"
+        "@\"arr\": \n"
+        "@[1,2,3\n"
+        "@],\n"
+        "@\"empty\": {\n"
+        "@},\n"
+        "@\"obj\": \n"
+        "@{\n"
+        "@@\"x\": true,\n"
+        "@@\"y\": null\n"
+        "@},\n"
+        "@\"one\": {\"k\": 1.5}\n"
+        "}";
+    for (const std::size_t tab : {2U, 4U, 0U, 2U}) {
+        Value::setTabSize(tab);
+        std::string expected;
+        for (const char* c = layout; *c != '\0'; ++c) {
+            expected += *c == '@' ? std::string(tab, ' ') : std::string(1, *c);
+        }
+        EXPECT_EQ(print(*root), expected) << "tab size " << tab;
+    }
+}
+
+TEST(ValueModelPrinting, NestedArray) {
+    JSONArray array;
+    array.add(1);
+    AutoPtr<JSONObject> one(new JSONObject);
+    one->accumulate("a", 1);
+    array.add(one);
+    array.add(AutoPtr<JSONArray>(new JSONArray));
+    AutoPtr<JSONObject> two(new JSONObject);
+    two->accumulate("b", 2);
+    two->accumulate("a", 1);
+    array.add(two);
+    array.add("s");
+    AutoPtr<JSONArray> inner(new JSONArray);
+    inner->add("t");
+    AutoPtr<JSONArray> outer(new JSONArray);
+    outer->add(inner);
+    array.add(outer);
+    EXPECT_EQ(print(array),
+              "[1,\n"
+              "  {\"a\": 1},\n"
+              "  [\n"
+              "  ],\n"
+              "  {\n"
+              "    \"a\": 1,\n"
+              "    \"b\": 2\n"
+              "  },\"s\",\n"
+              "  [\n"
+              "    [\"t\"\n"
+              "    ]\n"
+              "  ]\n"
+              "]");
+}
+
+TEST(ValueModelLifetime, DeepTreesAreDestroyedWithoutRecursion) {
+    constexpr int kDepth = 1000000;
+    gDestroyed = 0;
+    {
+        AutoPtr<JSONArray> root(new Counting<JSONArray>);
+        JSONArray* tip = root.get();
+        for (int i = 1; i < kDepth; ++i) {
+            AutoPtr<JSONArray> next(new Counting<JSONArray>);
+            tip->add(next);
+            tip = next.get();
+        }
+        tip->add(1);
+    }
+    EXPECT_EQ(gDestroyed, kDepth);
+
+    gDestroyed = 0;
+    {
+        AutoPtr<JSONObject> root(new Counting<JSONObject>);
+        JSONObject* tip = root.get();
+        for (int i = 1; i < kDepth; ++i) {
+            AutoPtr<JSONObject> next(new Counting<JSONObject>);
+            tip->accumulate("k", next);
+            tip = next.get();
+        }
+    }
+    EXPECT_EQ(gDestroyed, kDepth);
+
+    // Objects and arrays in turn, released by replacing the root's only member.
+    gDestroyed = 0;
+    JSONObject holder;
+    {
+        AutoPtr<JSONArray> top(new Counting<JSONArray>);
+        Value* tip = top.get();
+        for (int i = 1; i < kDepth; ++i) {
+            if (i % 2 == 1) {
+                AutoPtr<JSONObject> next(new Counting<JSONObject>);
+                static_cast<JSONArray*>(tip)->add(next);
+                tip = next.get();
+            } else {
+                AutoPtr<JSONArray> next(new Counting<JSONArray>);
+                static_cast<JSONObject*>(tip)->accumulate("k", next);
+                tip = next.get();
+            }
+        }
+        holder.accumulate("tree", top);
+    }
+    EXPECT_EQ(gDestroyed, 0);
+    holder.accumulate("tree", 0);
+    EXPECT_EQ(gDestroyed, kDepth);
+}
+
+TEST(ValueModelLifetime, SharedChildOutlivesItsContainers) {
+    gDestroyed = 0;
+    AutoPtr<JSONObject> child(new Counting<JSONObject>);
+    child->accumulate("x", 1);
+    AutoPtr<JSONArray> grandchild(new Counting<JSONArray>);
+    child->accumulate("g", grandchild);
+    {
+        AutoPtr<JSONObject> parent(new Counting<JSONObject>);
+        parent->accumulate("c", child);
+        AutoPtr<JSONArray> list(new Counting<JSONArray>);
+        list->add(child);
+        list->add(child);
+        parent->accumulate("l", list);
+    }
+    EXPECT_EQ(gDestroyed, 2);
+    EXPECT_EQ(child->getInteger("x"), 1);
+    EXPECT_EQ(child->getJSONArray("g"), grandchild);
+    child.reset();
+    EXPECT_EQ(gDestroyed, 3);
+    EXPECT_EQ(grandchild->size(), 0U);
+    grandchild.reset();
+    EXPECT_EQ(gDestroyed, 4);
+}
+
+}  // namespace
