@@ -4,6 +4,7 @@
 #include <corvane/soa/common/xml/XMLNode.hpp>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/XMLDocumentHandler.hpp>
 #include <xercesc/sax/InputSource.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXException.hpp>
@@ -18,6 +19,7 @@
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDGrammar.hpp>
 
 #include <atomic>
 #include <cstdio>
@@ -96,6 +98,52 @@ private:
     std::istream& m_in;
 };
 
+// XML 1.x: "1." and one or more digits, nothing around them.
+bool isXmlVersion(const XMLCh* version) {
+    if (version == nullptr || version[0] != u'1' || version[1] != u'.' || version[2] == 0) {
+        return false;
+    }
+    for (const XMLCh* c = version + 2; *c != 0; ++c) {
+        if (*c < u'0' || *c > u'9') {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Sees the XML declaration, which no SAX callback reports. Xerces lets a version with trailing
+// blanks ("1.0 ") pass; the grammar does not.
+class DeclarationCheck : public X::XMLDocumentHandler {
+public:
+    using Refuse = void (*)(void* owner, const XMLCh* version);
+    DeclarationCheck(void* owner, Refuse refuse) : m_owner(owner), m_refuse(refuse) {}
+
+    void XMLDecl(const XMLCh* const version, const XMLCh* const, const XMLCh* const,
+                 const XMLCh* const) override {
+        if (lengthOf(version) != 0 && !isXmlVersion(version)) {
+            m_refuse(m_owner, version);
+        }
+    }
+    void docCharacters(const XMLCh* const, const XMLSize_t, const bool) override {}
+    void docComment(const XMLCh* const) override {}
+    void docPI(const XMLCh* const, const XMLCh* const) override {}
+    void endDocument() override {}
+    void endElement(const X::XMLElementDecl&, const unsigned int, const bool,
+                    const XMLCh* const) override {}
+    void endEntityReference(const X::XMLEntityDecl&) override {}
+    void ignorableWhitespace(const XMLCh* const, const XMLSize_t, const bool) override {}
+    void resetDocument() override {}
+    void startDocument() override {}
+    void startElement(const X::XMLElementDecl&, const unsigned int, const XMLCh* const,
+                      const X::RefVectorOf<X::XMLAttr>&, const XMLSize_t, const bool,
+                      const bool) override {}
+    void startEntityReference(const X::XMLEntityDecl&) override {}
+
+private:
+    void* m_owner;
+    Refuse m_refuse;
+};
+
 }  // namespace
 
 // The Xerces handler behind the parser: builds the tree and turns every failure into a
@@ -159,12 +207,15 @@ private:
     std::string position(const std::string& heading, const XMLCh* systemId, unsigned long long line,
                          unsigned long long column);
     std::string layout(const char* heading, const X::SAXParseException& e);
+    bool hasDocumentType() const;
+    [[noreturn]] void refuseVersion(const XMLCh* version);
 
     XMLNode* m_current = nullptr;
     int m_depth = 0;
     std::string m_documentName;
     std::unique_ptr<Utf8String> m_utf8;
     const X::Locator* m_locator = nullptr;
+    X::SAX2XMLReader* m_reader = nullptr;
     std::string m_scratchName;
     std::string m_scratchValue;
 };
@@ -189,6 +240,29 @@ std::string SAXToNodeParser::Impl::layout(const char* heading, const X::SAXParse
     return message;
 }
 
+// A declaration with neither identifiers nor internal subset ("<!DOCTYPE r>") reaches no
+// handler; it still declares the root element in the DTD grammar that the scanner keeps, which
+// is empty for a document without one. Asked at the root element, before anything is built.
+void SAXToNodeParser::Impl::refuseVersion(const XMLCh* version) {
+    std::string message;
+    if (m_locator != nullptr) {
+        message = position("Fatal Error: parsing: ", m_locator->getSystemId(),
+                           m_locator->getLineNumber(), m_locator->getColumnNumber());
+    } else {
+        message = "Fatal Error: parsing: " + m_documentName + "\n";
+    }
+    message += "Message: '" + local(version) + "' is not a valid XML version\n";
+    throw DomException(message);
+}
+
+bool SAXToNodeParser::Impl::hasDocumentType() const {
+    X::Grammar* grammar = m_reader != nullptr ? m_reader->getRootGrammar() : nullptr;
+    if (grammar == nullptr || grammar->getGrammarType() != X::Grammar::DTDGrammarType) {
+        return false;
+    }
+    return static_cast<X::DTDGrammar*>(grammar)->getElemEnumerator().hasMoreElements();
+}
+
 void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const localname,
                                          const XMLCh* const, const X::Attributes& attrs) {
     // Refused at once: the scan of each further level costs more than the one before.
@@ -201,6 +275,9 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
         }
         message += "Message: more than 1024 levels of elements\n";
         throw DomException(message);
+    }
+    if (m_root == nullptr && hasDocumentType()) {
+        throw DomException(kDtdMessage);
     }
     auto* node = new XMLNode;
     if (m_current != nullptr) {
@@ -271,6 +348,10 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     reader->setLexicalHandler(this);
     reader->setDeclarationHandler(this);
     reader->setEntityResolver(this);
+    DeclarationCheck declarationCheck(this, [](void* owner, const XMLCh* version) {
+        static_cast<Impl*>(owner)->refuseVersion(version);
+    });
+    reader->installAdvDocHandler(&declarationCheck);
     // Namespace processing stays on, as it comes. What changes is only what could make the
     // reader open something the caller did not name: no external DTD, no schema named by
     // xsi:schemaLocation, no default entity resolution. The refusal of the DOCTYPE above
@@ -279,6 +360,11 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     reader->setFeature(X::XMLUni::fgXercesLoadSchema, false);
     reader->setFeature(X::XMLUni::fgXercesDisableDefaultEntityResolution, true);
 
+    m_reader = reader.get();
+    struct Forget {
+        X::SAX2XMLReader*& reader;
+        ~Forget() { reader = nullptr; }
+    } forget{m_reader};
     try {
         reader->parse(source);
     } catch (const DomException&) {

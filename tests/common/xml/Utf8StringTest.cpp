@@ -1,0 +1,285 @@
+#include <corvane/soa/common/xml/Utf8String.hpp>
+#include <corvane/soa/common/xml/XmlText.hpp>
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException;
+using Corvane::Soa::Common::Xml::Utf8String;
+namespace Xml = Corvane::Soa::Common::Xml;
+
+// The same words in each page: the local bytes and their UTF-8 form.
+constexpr const char* kTokyoSjis = "\x93\x8c\x8b\x9e";            // 東京
+constexpr const char* kTokyoEucJp = "\xc5\xec\xb5\xfe";           // 東京
+constexpr const char* kTokyoUtf8 = "\xe6\x9d\xb1\xe4\xba\xac";    // 東京
+constexpr const char* kChineseBig5 = "\xa4\xa4\xa4\xe5";          // 中文
+constexpr const char* kChineseUtf8 = "\xe4\xb8\xad\xe6\x96\x87";  // 中文
+constexpr const char* kCafe1252 = "caf\xe9 \x80";                 // café €
+constexpr const char* kCafeUtf8 = "caf\xc3\xa9 \xe2\x82\xac";
+
+std::string encoded(Utf8String& converter, const std::string& local) {
+    std::string utf8;
+    converter.encode(local, utf8);
+    return utf8;
+}
+
+std::string decoded(Utf8String& converter, const std::string& utf8) {
+    std::string local;
+    converter.decode(utf8, local);
+    return local;
+}
+
+std::string repeat(const std::string& text, std::size_t times) {
+    std::string out;
+    out.reserve(text.size() * times);
+    for (std::size_t i = 0; i < times; ++i) {
+        out += text;
+    }
+    return out;
+}
+
+TEST(Utf8StringTest, ConvertsEachCodePageBothWays) {
+    struct Case {
+        const char* page;
+        std::string local;
+        std::string utf8;
+    };
+    const Case cases[] = {
+        {"Shift_JIS", kTokyoSjis, kTokyoUtf8},
+        {"EUC-JP", kTokyoEucJp, kTokyoUtf8},
+        {"Big5", kChineseBig5, kChineseUtf8},
+        {"windows-1252", kCafe1252, kCafeUtf8},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.page);
+        Utf8String converter(c.page);
+        EXPECT_FALSE(converter.isLocalUtf8());
+        EXPECT_EQ(encoded(converter, "a " + c.local + " z"), "a " + c.utf8 + " z");
+        EXPECT_EQ(decoded(converter, "a " + c.utf8 + " z"), "a " + c.local + " z");
+        EXPECT_EQ(encoded(converter, ""), "");
+    }
+}
+
+TEST(Utf8StringTest, AppendsToTheOutput) {
+    Utf8String converter("Shift_JIS");
+    std::string out = "<";
+    converter.encode(kTokyoSjis, out);
+    converter.encode(kTokyoSjis, out);
+    EXPECT_EQ(out, std::string("<") + kTokyoUtf8 + kTokyoUtf8);
+}
+
+// A trail byte may look like ASCII: 0x5C ('\\') ends the Shift_JIS form of 表.
+TEST(Utf8StringTest, ShiftJisTrailBytesInTheAsciiRange) {
+    Utf8String converter("Shift_JIS");
+    EXPECT_EQ(encoded(converter, "\x95\x5c\x83\x4f"), "\xe8\xa1\xa8\xe3\x82\xb0");  // 表グ
+    EXPECT_EQ(decoded(converter, "\xe8\xa1\xa8\xe3\x82\xb0"), "\x95\x5c\x83\x4f");
+}
+
+// Input goes through in pieces of 20480 bytes: a lead byte at the end of one piece and its
+// trail byte at the start of the next still make one character, wherever the cut falls.
+TEST(Utf8StringTest, CharacterStraddlingAPieceBoundary) {
+    Utf8String sjis("Shift_JIS");
+    for (std::size_t pad : {Utf8String::sUnicodeBufferSize - 1, Utf8String::sUnicodeBufferSize,
+                            2 * Utf8String::sUnicodeBufferSize - 1}) {
+        SCOPED_TRACE(pad);
+        const std::string local = std::string(pad, 'a') + kTokyoSjis + "z";
+        const std::string utf8 = std::string(pad, 'a') + kTokyoUtf8 + "z";
+        EXPECT_EQ(encoded(sjis, local), utf8);
+        EXPECT_EQ(decoded(sjis, utf8), local);
+    }
+    // A four-byte UTF-8 character cut by the boundary, into a page that has it (GB18030).
+    Utf8String gb("GB18030");
+    const std::string utf8 =
+        std::string(Utf8String::sUnicodeBufferSize - 2, 'a') + "\xf0\x9f\x98\x80" + "\xe4\xb8\xad";
+    const std::string local =
+        std::string(Utf8String::sUnicodeBufferSize - 2, 'a') + "\x94\x39\xfc\x36" + "\xd6\xd0";
+    EXPECT_EQ(decoded(gb, utf8), local);
+    EXPECT_EQ(encoded(gb, local), utf8);
+}
+
+// Several pieces give the same text as one: every character of a long text lands at a
+// different offset from the piece boundaries.
+TEST(Utf8StringTest, LongTextsRoundTripInEveryPage) {
+    struct Case {
+        const char* page;
+        std::string local;
+        std::string utf8;
+    };
+    const Case cases[] = {
+        {"Shift_JIS", std::string("x") + kTokyoSjis, std::string("x") + kTokyoUtf8},
+        {"EUC-JP", std::string("x") + kTokyoEucJp, std::string("x") + kTokyoUtf8},
+        {"Big5", std::string("x") + kChineseBig5, std::string("x") + kChineseUtf8},
+        {"windows-1252", kCafe1252, kCafeUtf8},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.page);
+        Utf8String converter(c.page);
+        const std::string local = repeat(c.local, 30001);
+        const std::string utf8 = repeat(c.utf8, 30001);
+        ASSERT_GT(local.size(), 3 * Utf8String::sUnicodeBufferSize);
+        EXPECT_EQ(encoded(converter, local), utf8);
+        EXPECT_EQ(decoded(converter, utf8), local);
+    }
+}
+
+TEST(Utf8StringTest, DecodesZeroTerminatedUtf16) {
+    Utf8String sjis("Shift_JIS");
+    std::string local = "[";
+    sjis.decode(u"\u6771\u4eac!", local, false);
+    EXPECT_EQ(local, std::string("[") + kTokyoSjis + "!");
+
+    const unsigned short units[] = {0x6771, 0x4eac, 0};
+    local.clear();
+    sjis.decode(units, local, false);
+    EXPECT_EQ(local, kTokyoSjis);
+
+    // Longer than both work buffers: 30000 characters make 60000 local bytes.
+    std::u16string many(30000, u'\u6771');
+    local.clear();
+    sjis.decode(many.c_str(), local, false);
+    EXPECT_EQ(local, repeat("\x93\x8c", 30000));
+
+    local = "kept";
+    sjis.decode(u"", local, false);
+    EXPECT_EQ(local, "kept");
+}
+
+TEST(Utf8StringTest, DecodesUtf16IntoUtf8) {
+    Utf8String utf8("UTF-8");
+    std::string out;
+    // A surrogate pair, a three-byte and a two-byte character, and ASCII.
+    utf8.decode(u"\U0001F600\u6771\u00e9a", out, false);
+    EXPECT_EQ(out,
+              "\xf0\x9f\x98\x80\xe6\x9d\xb1\xc3\xa9"
+              "a");
+    // Only the given length counts, and a lone surrogate becomes U+FFFD.
+    const char16_t text[] = {u'a', 0xD800, u'b', u'c'};
+    out.clear();
+    utf8.decode(text, 3, out, false);
+    EXPECT_EQ(out,
+              "a\xef\xbf\xbd"
+              "b");
+}
+
+// A character that the page cannot represent becomes its substitution byte, 0x1A for
+// windows-1252; asked to, the conversion writes '?' instead.
+TEST(Utf8StringTest, ReplacesTheSubstitutionByteOnRequest) {
+    Utf8String cp1252("windows-1252");
+    std::string local;
+    cp1252.decode(u"a\u6771b", local, false);
+    EXPECT_EQ(local,
+              "a\x1a"
+              "b");
+    local.clear();
+    cp1252.decode(u"a\u6771b\u00e9", local, true);
+    EXPECT_EQ(local, "a?b\xe9");
+
+    Utf8String utf8("UTF-8");
+    local.clear();
+    utf8.decode(u"a\u001ab", local, true);
+    EXPECT_EQ(local, "a?b");
+}
+
+TEST(Utf8StringTest, RecognisesUtf8SpellingsAndCopies) {
+    // Not UTF-8 at all: a copy keeps the bytes as they are.
+    const std::string bytes = "\xff\xfe\x93 text";
+    for (const char* page : {"UTF-8", "UTF_8", "UTF 8", "utf8", "utf-8", "U-T-F_8"}) {
+        SCOPED_TRACE(page);
+        Utf8String converter(page);
+        EXPECT_TRUE(converter.isLocalUtf8());
+        EXPECT_EQ(converter.getLocalCodePage(), page);
+        EXPECT_EQ(encoded(converter, bytes), bytes);
+        EXPECT_EQ(decoded(converter, bytes), bytes);
+    }
+    EXPECT_FALSE(Utf8String("UTF-16").isLocalUtf8());
+    EXPECT_FALSE(Utf8String("UTF-7").isLocalUtf8());
+}
+
+TEST(Utf8StringTest, UnknownCodePageFailsAtConstruction) {
+    try {
+        Utf8String converter("no-such-page");
+        FAIL() << "no exception";
+    } catch (const InternalServerException& e) {
+        EXPECT_EQ(e.getMessage(),
+                  "Error opening local (no-such-page) converter U_FILE_ACCESS_ERROR");
+        EXPECT_EQ(e.getCode(), Utf8String::kConversionErrorCode);
+        EXPECT_EQ(e.getCode(), 534);
+        EXPECT_EQ(e.getLevel(), 3);
+    }
+}
+
+// Bytes that are no character of the source page are reported with the converter's name
+// and aliases.
+TEST(Utf8StringTest, IllegalInputIsReportedWithTheConverterNames) {
+    Utf8String sjis("Shift_JIS");
+    try {
+        encoded(sjis, "ok \x93");  // a lead byte without its trail byte
+        FAIL() << "no exception";
+    } catch (const InternalServerException& e) {
+        const std::string message = e.getMessage();
+        EXPECT_EQ(message.rfind("An error occured converting ibm-943_P15A-2003 "
+                                "(ibm-943_P15A-2003, ibm-943, Shift_JIS, ",
+                                0),
+                  0U)
+            << message;
+        const std::string tail = ") to Unicode.U_TRUNCATED_CHAR_FOUND";
+        ASSERT_GT(message.size(), tail.size());
+        EXPECT_EQ(message.substr(message.size() - tail.size()), tail);
+        EXPECT_EQ(e.getCode(), 534);
+    }
+    try {
+        decoded(sjis, "ok \xff");
+        FAIL() << "no exception";
+    } catch (const InternalServerException& e) {
+        const std::string message = e.getMessage();
+        EXPECT_EQ(message.rfind("An error occured converting UTF-8 (UTF-8, ", 0), 0U) << message;
+        const std::string tail = ") to Unicode.U_ILLEGAL_CHAR_FOUND";
+        ASSERT_GT(message.size(), tail.size());
+        EXPECT_EQ(message.substr(message.size() - tail.size()), tail);
+    }
+    // The converters start afresh after a failure.
+    EXPECT_EQ(encoded(sjis, kTokyoSjis), kTokyoUtf8);
+    EXPECT_EQ(decoded(sjis, kTokyoUtf8), kTokyoSjis);
+}
+
+TEST(Utf8StringTest, DefaultCodePageIsTheOneOfXmlText) {
+    EXPECT_EQ(Utf8String::getDefaultEncoding(), "");
+    Utf8String::setDefaultEncoding("Shift_JIS");
+    EXPECT_EQ(Xml::getDefaultCharacterEncoding(), "Shift_JIS");
+    EXPECT_TRUE(Xml::isFirstOfMultibyte('\x93'));
+    Utf8String sjis;
+    EXPECT_EQ(sjis.getLocalCodePage(), "Shift_JIS");
+    EXPECT_EQ(encoded(sjis, kTokyoSjis), kTokyoUtf8);
+
+    Xml::setDefaultCharacterEncoding("Big5");
+    EXPECT_EQ(Utf8String::getDefaultEncoding(), "Big5");
+    Utf8String big5;
+    EXPECT_EQ(encoded(big5, kChineseBig5), kChineseUtf8);
+    // A page given by name wins over the default.
+    Utf8String eucJp("EUC-JP");
+    EXPECT_EQ(encoded(eucJp, kTokyoEucJp), kTokyoUtf8);
+}
+
+TEST(Utf8StringTest, WithoutAnyDefaultTheProcessPageIsUsed) {
+    Utf8String converter;
+    EXPECT_FALSE(converter.getLocalCodePage().empty());
+    EXPECT_EQ(Utf8String(std::string()).getLocalCodePage(), converter.getLocalCodePage());
+}
+
+TEST(Utf8StringTest, EscapingWithATranscoder) {
+    EXPECT_EQ(Xml::toXmlString("a<b", nullptr), "a&lt;b");
+    EXPECT_EQ(Xml::toJsonString("a\"b", nullptr), "a\\\"b");
+
+    Xml::setDefaultCharacterEncoding("Shift_JIS");
+    Utf8String sjis;
+    EXPECT_EQ(Xml::toXmlString(std::string(kTokyoSjis) + " & <", &sjis),
+              std::string(kTokyoUtf8) + " &amp; &lt;");
+    // The trail byte 0x5C of 表 is part of the character, not a backslash to escape.
+    EXPECT_EQ(Xml::toJsonString("\x95\x5c\"/", &sjis), "\xe8\xa1\xa8\\\"\\/");
+}
+
+}  // namespace
