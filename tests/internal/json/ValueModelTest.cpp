@@ -1,22 +1,16 @@
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
-#include <corvane/soa/internal/json/BooleanValue.hpp>
-#include <corvane/soa/internal/json/DateValue.hpp>
-#include <corvane/soa/internal/json/DoubleValue.hpp>
 #include <corvane/soa/internal/json/IndexOutOfRangeException.hpp>
-#include <corvane/soa/internal/json/IntegerValue.hpp>
 #include <corvane/soa/internal/json/InvalidTypeException.hpp>
 #include <corvane/soa/internal/json/JSONArray.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/KeyNotFoundException.hpp>
 #include <corvane/soa/internal/json/NullValue.hpp>
-#include <corvane/soa/internal/json/ParsingException.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <sstream>
@@ -83,46 +77,13 @@ AutoPtr<JSONObject> everyKind() {
     return object;
 }
 
-TEST(JSONExceptions, CarryTheirMessageAndShareTheRoot) {
-    const InvalidTypeException original("wrong kind");
-    InvalidTypeException copy(original);
-    EXPECT_EQ(copy.getMessage(), "wrong kind");
-    copy = InvalidTypeException("other");
-    EXPECT_STREQ(copy.what(), "other");
-    EXPECT_EQ(KeyNotFoundException().getMessage(), "");
-
-    const std::vector<std::function<void()>> throwers = {
-        [] { throw KeyNotFoundException("k"); }, [] { throw InvalidTypeException("t"); },
-        [] { throw IndexOutOfRangeException("i"); }, [] { throw ParsingException("p"); }};
-    for (const auto& thrower : throwers) {
-        EXPECT_THROW(thrower(), JSONException);
-        EXPECT_THROW(thrower(), std::exception);
-    }
-}
-
-TEST(ValueModel, ScalarKindsAndTheirNames) {
-    EXPECT_EQ(NullValue().getType(), Value::NULL_VALUE);
-    EXPECT_TRUE(NullValue().isEmpty());
-    EXPECT_EQ(NullValue().size(), 0U);
-    EXPECT_FALSE(StringValue("").isEmpty());
-    EXPECT_EQ(StringValue("").size(), 1U);
-    EXPECT_EQ(DoubleValue(1).getType(), Value::DOUBLE);
-    EXPECT_EQ(IntegerValue(1).getType(), Value::INTEGER);
-
-    const std::vector<std::string> names = {"Undeterined", "Boolean",   "Double",
-                                            "Integer",     "JSONArray", "JSONObject",
-                                            "Null",        "String",    "Date"};
+TEST(ValueModel, KindNamesAndInvertedEmptiness) {
+    const char* const names[] = {"Undeterined", "Boolean", "Double", "Integer", "JSONArray",
+                                 "JSONObject",  "Null",    "String", "Date"};
     for (int kind = 0; kind <= 8; ++kind) {
         EXPECT_EQ(Value::getTypeName(static_cast<Value::ValueType>(kind)), names[kind]);
     }
-
-    const DateTime date(2001, 2, 3, 4, 5, 6);
-    const DateValue value(date);
-    EXPECT_EQ(value.getValue(), date);
-    EXPECT_EQ(value.getText(), lexical_cast<std::string>(date));
-}
-
-TEST(ValueModel, EmptinessIsInvertedForContainers) {
+    // Containers answer true when they hold something.
     JSONArray array;
     JSONObject object;
     EXPECT_FALSE(array.isEmpty());
@@ -131,8 +92,8 @@ TEST(ValueModel, EmptinessIsInvertedForContainers) {
     object.accumulate("k", false);
     EXPECT_TRUE(array.isEmpty());
     EXPECT_TRUE(object.isEmpty());
-    EXPECT_EQ(array.size(), 1U);
-    EXPECT_EQ(object.size(), 1U);
+    EXPECT_TRUE(NullValue().isEmpty());
+    EXPECT_FALSE(StringValue("").isEmpty());
 }
 
 TEST(JSONObject, GettersReturnAcceptedKinds) {
@@ -165,9 +126,7 @@ TEST(JSONObject, GetterFailuresInOrderOfChecks) {
     // A missing key comes first, for every getter and lookup.
     const std::string missing = "nope is not a valid key in this JSONObject";
     expectFailure<KeyNotFoundException>([&] { o.getBoolean("nope"); }, missing);
-    expectFailure<KeyNotFoundException>([&] { o.getDate("nope"); }, missing);
     expectFailure<KeyNotFoundException>([&] { o.getString("nope"); }, missing);
-    expectFailure<KeyNotFoundException>([&] { o.getJSONObject("nope"); }, missing);
     expectFailure<KeyNotFoundException>([&] { o.isNull("nope"); }, missing);
     expectFailure<KeyNotFoundException>([&] { o.getValueType("nope"); }, missing);
     expectFailure<KeyNotFoundException>([&] { o.getValue("nope"); }, missing);
@@ -458,34 +417,16 @@ TEST(ValueModelLifetime, DeepTreesAreDestroyedWithoutRecursion) {
     }
     EXPECT_EQ(gDestroyed, kDepth);
 
+    // Objects in objects, released by replacing the member that holds the top one.
     gDestroyed = 0;
+    JSONObject holder;
     {
-        AutoPtr<JSONObject> root(new Counting<JSONObject>);
-        JSONObject* tip = root.get();
+        AutoPtr<JSONObject> top(new Counting<JSONObject>);
+        JSONObject* tip = top.get();
         for (int i = 1; i < kDepth; ++i) {
             AutoPtr<JSONObject> next(new Counting<JSONObject>);
             tip->accumulate("k", next);
             tip = next.get();
-        }
-    }
-    EXPECT_EQ(gDestroyed, kDepth);
-
-    // Objects and arrays in turn, released by replacing the root's only member.
-    gDestroyed = 0;
-    JSONObject holder;
-    {
-        AutoPtr<JSONArray> top(new Counting<JSONArray>);
-        Value* tip = top.get();
-        for (int i = 1; i < kDepth; ++i) {
-            if (i % 2 == 1) {
-                AutoPtr<JSONObject> next(new Counting<JSONObject>);
-                static_cast<JSONArray*>(tip)->add(next);
-                tip = next.get();
-            } else {
-                AutoPtr<JSONArray> next(new Counting<JSONArray>);
-                static_cast<JSONObject*>(tip)->accumulate("k", next);
-                tip = next.get();
-            }
         }
         holder.accumulate("tree", top);
     }
