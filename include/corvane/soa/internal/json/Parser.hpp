@@ -5,7 +5,12 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 
+#include <memory>
 #include <string>
+
+namespace Corvane::Soa::Common::Xml {
+class Utf8String;
+}  // namespace Corvane::Soa::Common::Xml
 
 namespace Corvane::Soa::Internal::Json {
 
@@ -30,6 +35,9 @@ public:
 
 private:
     class Reader;
+
+    // Turns the UTF-8 text of strings into the local code page (a copy when that is UTF-8).
+    std::unique_ptr<Common::Xml::Utf8String> m_transcoder;
 };
 
 }  // namespace Corvane::Soa::Internal::Json
