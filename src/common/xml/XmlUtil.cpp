@@ -5,6 +5,8 @@
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/Parser.hpp>
 
 #include <stdexcept>
 #include <vector>
@@ -102,6 +104,11 @@ void XmlUtil::serialize(const std::string& contentType, AutoPtr<BaseObject> obje
         object->writeJSON(&stream);
     }
     object.reset();
+}
+
+AutoPtr<Internal::Json::JSONObject> XmlUtil::parseJSON(const std::string& text) {
+    Internal::Json::Parser parser;
+    return parser.parse(text).dynamicCast<Internal::Json::JSONObject>();
 }
 
 }  // namespace Corvane::Soa::Common::Xml

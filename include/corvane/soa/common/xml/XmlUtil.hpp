@@ -7,6 +7,10 @@
 #include <ostream>
 #include <string>
 
+namespace Corvane::Soa::Internal::Json {
+class JSONObject;
+}  // namespace Corvane::Soa::Internal::Json
+
 namespace Corvane::Soa::Common::Xml {
 
 class BaseObject;
@@ -27,6 +31,10 @@ public:
     /// tell which document it was given); the target may be null, and then the text is only
     /// read. The target is released afterwards. Parse failures throw `DomException`.
     static std::string parse(const std::string& text, AutoPtr<BaseObject> target);
+
+    /// Reads JSON text into a tree (see `Internal::Json::Parser`); the root object, or null when
+    /// the root is an array. Throws `ParsingException` on malformed text.
+    static AutoPtr<Internal::Json::JSONObject> parseJSON(const std::string& text);
     /// As above, but hands over the first element (in document order, the root included)
     /// whose local name is `element`. The word "body" names the envelope's body element, a
     /// child of the root called "body": when it holds a "bodystring" element with text, that

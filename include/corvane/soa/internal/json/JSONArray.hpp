@@ -6,6 +6,7 @@
 #include <corvane/soa/internal/json/Value.hpp>
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace Corvane::Soa::Internal::Json {
@@ -35,6 +36,10 @@ public:
     void add(Common::AutoPtr<NullValue> value);
     void add(const std::string& value);
     void add(const char* value);
+    /// A container given as a raw pointer would otherwise be taken for a bool: wrap it in an
+    /// `AutoPtr`.
+    template <class T, class = std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char>>>
+    void add(T* value) = delete;
 
     /// The kind recorded for the element (no range check beyond the vector's own).
     ValueType getValueType(std::size_t index) const;

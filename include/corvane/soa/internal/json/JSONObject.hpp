@@ -6,6 +6,7 @@
 #include <corvane/soa/internal/json/Value.hpp>
 
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -41,6 +42,10 @@ public:
     void accumulate(const std::string& key, Common::AutoPtr<NullValue> value);
     void accumulate(const std::string& key, const std::string& value);
     void accumulate(const std::string& key, const char* value);
+    /// A container given as a raw pointer would otherwise be taken for a bool: wrap it in an
+    /// `AutoPtr`.
+    template <class T, class = std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char>>>
+    void accumulate(const std::string& key, T* value) = delete;
 
     bool containsKey(const std::string& key) const;
     /// The keys in key order.
