@@ -287,10 +287,8 @@ std::string DateTime::toString() const {
     return result + offset;
 }
 
-std::string DateTime::toString(const std::string& format) const {
-    if (isNull()) {
-        return kNullWireText;
-    }
+// The fields as the C library's broken-down time, with the daylight flag of this value.
+std::tm DateTime::dtElementsToTm() const {
     std::tm fields{};
     fields.tm_year = wrap(std::int64_t{m_year} - 1900);
     fields.tm_mon = wrap(std::int64_t{m_month} - 1);
@@ -299,6 +297,14 @@ std::string DateTime::toString(const std::string& format) const {
     fields.tm_min = m_minute;
     fields.tm_sec = m_second;
     fields.tm_isdst = isDayLight() ? 1 : 0;
+    return fields;
+}
+
+std::string DateTime::toString(const std::string& format) const {
+    if (isNull()) {
+        return kNullWireText;
+    }
+    std::tm fields = dtElementsToTm();
     // Years above 9999 are printed as 2599 and then put back in full.
     const bool longYear = m_year > 9999;
     if (longYear) {
@@ -335,14 +341,7 @@ int DateTime::getTimeZoneOffset() {
 }
 
 std::int64_t DateTime::toTime() const {
-    std::tm fields{};
-    fields.tm_year = wrap(std::int64_t{m_year} - 1900);
-    fields.tm_mon = wrap(std::int64_t{m_month} - 1);
-    fields.tm_mday = m_day;
-    fields.tm_hour = m_hour;
-    fields.tm_min = m_minute;
-    fields.tm_sec = m_second;
-    fields.tm_isdst = isDayLight() ? 1 : 0;
+    std::tm fields = dtElementsToTm();
     return static_cast<std::int64_t>(std::mktime(&fields));
 }
 

@@ -347,26 +347,28 @@ void appendJsonString(std::string& out, const char* text, std::size_t size) {
     out.append(run, static_cast<std::size_t>(p - run));
 }
 
-std::string decodeJson(const std::string& text) {
-    std::size_t pos = text.find('\\');
-    if (pos == std::string::npos) {
-        return text;
-    }
-    std::string out;
-    out.reserve(text.size());
-    out.append(text, 0, pos);
-    const std::size_t size = text.size();
-    while (pos < size) {
-        if (pos + 1 >= size) {
-            out.push_back('\\');  // a lone backslash at the end stays
-            break;
+void appendDecodedJson(std::string& out, const char* text, std::size_t size) {
+    const char* p = text;
+    const char* const end = text + size;
+    out.reserve(out.size() + size);
+    while (p != end) {
+        const auto* backslash =
+            static_cast<const char*>(std::memchr(p, '\\', static_cast<std::size_t>(end - p)));
+        if (backslash == nullptr) {
+            out.append(p, end);
+            return;
         }
-        const char next = text[pos + 1];
-        switch (next) {
+        out.append(p, backslash);
+        if (backslash + 1 == end) {
+            out.push_back('\\');  // a lone backslash at the end stays
+            return;
+        }
+        const char c = backslash[1];
+        switch (c) {
             case '"':
             case '\\':
             case '/':
-                out.push_back(next);
+                out.push_back(c);
                 break;
             case 'b':
                 out.push_back('\b');
@@ -385,15 +387,19 @@ std::string decodeJson(const std::string& text) {
                 break;
             default:
                 out.push_back('\\');
-                out.push_back(next);
+                out.push_back(c);
                 break;
         }
-        pos += 2;
-        const std::size_t following = text.find('\\', pos);
-        const std::size_t stop = following == std::string::npos ? size : following;
-        out.append(text, pos, stop - pos);
-        pos = stop;
+        p = backslash + 2;
     }
+}
+
+std::string decodeJson(const std::string& text) {
+    if (text.find('\\') == std::string::npos) {
+        return text;
+    }
+    std::string out;
+    appendDecodedJson(out, text.data(), text.size());
     return out;
 }
 

@@ -11,6 +11,8 @@
 #include <corvane/soa/internal/json/ParsingException.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
+#include "common/xml/XmlTextAppend.hpp"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -225,53 +227,6 @@ private:
         advance(1);
     }
 
-    // The eight two-byte escapes become their characters; any other backslash stays with the
-    // byte after it (\u included).
-    static void unescapeInto(const char* p, const char* end, std::string& out) {
-        out.reserve(out.size() + static_cast<std::size_t>(end - p));
-        while (p != end) {
-            const char* backslash =
-                static_cast<const char*>(std::memchr(p, '\\', static_cast<std::size_t>(end - p)));
-            if (backslash == nullptr) {
-                out.append(p, end);
-                return;
-            }
-            out.append(p, backslash);
-            if (backslash + 1 == end) {
-                out.push_back('\\');
-                return;
-            }
-            const char c = backslash[1];
-            switch (c) {
-                case '"':
-                case '\\':
-                case '/':
-                    out.push_back(c);
-                    break;
-                case 'b':
-                    out.push_back('\b');
-                    break;
-                case 'f':
-                    out.push_back('\f');
-                    break;
-                case 'n':
-                    out.push_back('\n');
-                    break;
-                case 'r':
-                    out.push_back('\r');
-                    break;
-                case 't':
-                    out.push_back('\t');
-                    break;
-                default:
-                    out.push_back('\\');
-                    out.push_back(c);
-                    break;
-            }
-            p = backslash + 2;
-        }
-    }
-
     std::string parseString() {
         validateToken('"');
         const char* begin = nullptr;
@@ -282,14 +237,14 @@ private:
             std::string local;
             m_transcoder.decode(std::string(begin, end), local);
             std::string out;
-            unescapeInto(local.data(), local.data() + local.size(), out);
+            Common::Xml::appendDecodedJson(out, local.data(), local.size());
             return out;
         }
         if (!escaped) {
             return std::string(begin, end);
         }
         std::string out;
-        unescapeInto(begin, end, out);
+        Common::Xml::appendDecodedJson(out, begin, static_cast<std::size_t>(end - begin));
         return out;
     }
 

@@ -5,6 +5,7 @@
 #include <corvane/soa/common/AccountedAllocation.hpp>
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 namespace Corvane::Soa::Common {
@@ -72,6 +73,7 @@ private:
     bool isDayLight() const;
     bool isNull() const noexcept;
     void setFromLocalTime(std::int64_t seconds);
+    std::tm dtElementsToTm() const;
 
     std::int32_t m_year = 0;
     std::int32_t m_month = 0;
