@@ -19,7 +19,8 @@ using Corvane::Soa::Internal::Json::JSONObject;
 using Corvane::Soa::Internal::Json::Parser;
 using Corvane::Soa::Internal::Json::ParsingException;
 using Corvane::Soa::Internal::Json::Value;
-using InternalServerException = Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException;
+using InternalServerException =
+    Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException;
 
 namespace {
 
@@ -170,10 +171,9 @@ TEST(ParserCorpora, AdversarialDocumentsFailOrParseWithoutCrashing) {
     if (!std::filesystem::is_directory(dir)) {
         GTEST_SKIP() << "corpus not found at " << dir;
     }
-    for (const char* name :
-         {"json-deep-array-100k.json", "json-deep-object-100k.json",
-          "json-deep-array-100k-unclosed.json", "json-truncated-string.json",
-          "json-trailing-lone-backslash.json", "json-unterminated-key.json"}) {
+    for (const char* name : {"json-deep-array-100k.json", "json-deep-object-100k.json",
+                             "json-deep-array-100k-unclosed.json", "json-truncated-string.json",
+                             "json-trailing-lone-backslash.json", "json-unterminated-key.json"}) {
         const std::string text = readFile(dir / name);
         EXPECT_THROW(Parser().parse(text), ParsingException) << name;
     }
