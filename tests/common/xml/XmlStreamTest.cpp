@@ -1,0 +1,227 @@
+#include <corvane/soa/common/xml/Utf8String.hpp>
+#include <corvane/soa/common/xml/XmlStream.hpp>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Corvane::Soa::Common::Xml::Utf8String;
+using Corvane::Soa::Common::Xml::XmlStream;
+using Attributes = std::vector<XmlStream::NameValuePair>;
+
+// A buffer that takes nothing: every write to it fails.
+class RefusingBuffer : public std::streambuf {
+protected:
+    int_type overflow(int_type /*c*/) override { return traits_type::eof(); }
+    std::streamsize xsputn(const char* /*s*/, std::streamsize /*n*/) override { return 0; }
+};
+
+// --- namespace table ---------------------------------------------------------------------------
+
+TEST(XmlStreamNamespaces, PrefixesAreNumberedInOrderOfAddition) {
+    XmlStream xml;
+    EXPECT_TRUE(xml.addNamespace("urn:b"));
+    EXPECT_TRUE(xml.addNamespace("urn:a"));
+    EXPECT_FALSE(xml.addNamespace("urn:b"));  // a repeat uses up no number
+    EXPECT_TRUE(xml.addNamespace("urn:c"));
+
+    EXPECT_EQ(xml.getNamespacePrefix("urn:b"), "ns0");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:a"), "ns1");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:c"), "ns2");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:unknown"), "");
+}
+
+TEST(XmlStreamNamespaces, AddNamespacesTakesTheSetInAscendingOrderAndSkipsKnownUris) {
+    XmlStream xml;
+    xml.addNamespace("urn:m");
+    xml.addNamespaces({"urn:z", "urn:m", "urn:c"});
+    EXPECT_EQ(xml.getNamespacePrefix("urn:m"), "ns0");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:c"), "ns1");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:z"), "ns2");
+}
+
+// --- element starts and ends -------------------------------------------------------------------
+
+TEST(XmlStreamElements, RootDeclaresEveryNamespaceInAscendingUriOrder) {
+    XmlStream xml;
+    xml.addNamespace("urn:b");
+    xml.addNamespace("urn:a");
+    EXPECT_TRUE(xml.isRootElement());
+    xml.writeOpenElement("urn:b", "Root");
+    EXPECT_FALSE(xml.isRootElement());
+    EXPECT_EQ(xml.str(), "\n<ns0:Root xmlns:ns1=\"urn:a\" xmlns:ns0=\"urn:b\"");
+}
+
+TEST(XmlStreamElements, LaterElementsNeverDeclareNamespaces) {
+    XmlStream xml;
+    xml.addNamespace("urn:a");
+    xml.writeOpenElement("urn:a", "Root");
+    xml.writeOpenElementClose("Root", false);
+    xml.addNamespace("urn:late");  // too late to be declared
+    xml.writeOpenElement("urn:a", "Child");
+    xml.writeOpenElementClose("Child", true);
+    xml.writeOpenElement("urn:late", "Other");
+    EXPECT_EQ(xml.str(), "\n<ns0:Root xmlns:ns0=\"urn:a\">\n<ns0:Child/>\n<ns1:Other");
+    EXPECT_FALSE(xml.isRootElement());
+}
+
+TEST(XmlStreamElements, PrefixRuleForStartAndEndTags) {
+    XmlStream xml;
+    xml.addNamespace("urn:a");
+    xml.writeOpenElement("urn:a", "x:y");  // a name with ':' is taken as it stands
+    xml.writeOpenElement("urn:other", "Bare");
+    xml.writeOpenElement("urn:a", "Named");
+    xml.writeCloseElement("urn:a", "Named");
+    xml.writeCloseElement("urn:other", "Bare");
+    xml.writeCloseElement("urn:a", "x:y");
+    EXPECT_EQ(xml.str(), "\n<x:y xmlns:ns0=\"urn:a\"\n<Bare\n<ns0:Named</ns0:Named></Bare></x:y>");
+}
+
+TEST(XmlStreamElements, AttributesAndTagClosings) {
+    XmlStream xml;
+    xml.addNamespace("urn:a");
+    xml.writeOpenElement("urn:a", "Root", Attributes{{"id", "7"}, {"note", "a&amp;b"}});
+    xml.writeOpenElement("urn:a", "Empty", Attributes{});
+    xml.writeOpenElement("urn:a", "Open");
+    xml.writeAttribute("raw", "<as given>");  // values are not escaped here
+    xml.writeAttribute("n", "");
+    xml.writeOpenElementClose("ignored", true);
+    xml.writeOpenElement("urn:a", "Next");
+    xml.writeOpenElementClose("ignored", false);
+    EXPECT_EQ(xml.str(),
+              "\n<ns0:Root xmlns:ns0=\"urn:a\" id=\"7\" note=\"a&amp;b\">"
+              "\n<ns0:Empty>"
+              "\n<ns0:Open raw=\"<as given>\" n=\"\"/>"
+              "\n<ns0:Next>");
+}
+
+// --- value elements ----------------------------------------------------------------------------
+
+TEST(XmlStreamValues, ValueElementsHaveNoPrefixNoLineBreakAndNoEscaping) {
+    XmlStream xml;
+    xml.addNamespace("urn:a");
+    xml.writeStringElement("name", "x &lt; y");
+    xml.writeStringElement("empty", "");
+    EXPECT_EQ(xml.str(), "<name>x &lt; y</name><empty></empty>");
+    EXPECT_TRUE(xml.isRootElement());  // value elements are not element starts
+}
+
+TEST(XmlStreamValues, ScalarTexts) {
+    XmlStream xml;
+    xml.writeBooleanElement("t", true);
+    xml.writeBooleanElement("f", false);
+    xml.writeIntegerElement("i", -42);
+    xml.writeIntegerElement("min", INT_MIN);
+    xml.writeDoubleElement("d", 0.1);
+    xml.writeDoubleElement("h", -2.5);
+    xml.writeFloatElement("s", 0.1f);
+    xml.writeFloatElement("g", 1.5f);
+    EXPECT_EQ(xml.str(),
+              "<t>1</t><f>0</f><i>-42</i><min>-2147483648</min>"
+              "<d>0.10000000000000001</d><h>-2.5</h>"
+              "<s>0.10000000149011612</s><g>1.5</g>");
+}
+
+// --- raw text and output targets ---------------------------------------------------------------
+
+TEST(XmlStreamOutput, InsertionWritesTextUnchangedAndChains) {
+    XmlStream xml;
+    const std::string text = "<b>&</b>";
+    XmlStream& same = xml << "<?xml version=\"1.0\"?>" << text << "";
+    EXPECT_EQ(&same, &xml);
+    EXPECT_EQ(xml.str(), "<?xml version=\"1.0\"?><b>&</b>");
+}
+
+TEST(XmlStreamOutput, OwnedBufferIsReadByBothFormsOfStr) {
+    XmlStream xml;
+    EXPECT_EQ(xml.str(), "");
+    xml.writeOpenElement("", "a");
+    std::string out = "previous";
+    xml.str(out);
+    EXPECT_EQ(out, "\n<a");
+    EXPECT_EQ(xml.getUtf8Transcoder(), nullptr);
+}
+
+TEST(XmlStreamOutput, CallersStreamGetsTheTextAndStrStaysEmpty) {
+    std::ostringstream out;
+    out << "before|";
+    Utf8String transcoder("UTF-8");
+    XmlStream xml(&out, &transcoder);
+    EXPECT_EQ(xml.getUtf8Transcoder(), &transcoder);
+    xml.addNamespace("urn:a");
+    xml.writeOpenElement("urn:a", "Root");
+    xml.writeOpenElementClose("Root", false);
+    out << "|between|";  // text the caller writes itself stays in order
+    xml.writeIntegerElement("n", 3);
+    xml.writeCloseElement("urn:a", "Root");
+
+    EXPECT_EQ(out.str(), "before|\n<ns0:Root xmlns:ns0=\"urn:a\">|between|<n>3</n></ns0:Root>");
+    EXPECT_EQ(xml.str(), "");
+    std::string copy = "untouched?";
+    xml.str(copy);
+    EXPECT_EQ(copy, "");
+    EXPECT_TRUE(out.good());
+}
+
+TEST(XmlStreamOutput, WholeDocument) {
+    const std::string session = "http://corvane.com/Schemas/Core/2006-03/Session";
+    const std::string base = "http://corvane.com/Schemas/Soa/2006-03/Base";
+    std::ostringstream out;
+    XmlStream xml(&out);
+    xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    xml.addNamespace(session);
+    xml.addNamespace(base);
+    xml.writeOpenElement(session, "LoginInput", Attributes{{"locale", "en_US"}});
+    xml.writeStringElement("user", "j&amp;d");
+    xml.writeBooleanElement("remember", false);
+    xml.writeOpenElement(base, "Context");
+    xml.writeAttribute("id", "c1");
+    xml.writeOpenElementClose("Context", false);
+    xml.writeIntegerElement("timeout", 30);
+    xml.writeCloseElement(base, "Context");
+    xml.writeOpenElement(session, "Empty");
+    xml.writeOpenElementClose("Empty", true);
+    xml.writeCloseElement(session, "LoginInput");
+
+    EXPECT_EQ(out.str(),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<ns0:LoginInput xmlns:ns0=\"http://corvane.com/Schemas/Core/2006-03/Session\""
+              " xmlns:ns1=\"http://corvane.com/Schemas/Soa/2006-03/Base\" locale=\"en_US\">"
+              "<user>j&amp;d</user><remember>0</remember>\n"
+              "<ns1:Context id=\"c1\"><timeout>30</timeout></ns1:Context>\n"
+              "<ns0:Empty/></ns0:LoginInput>");
+}
+
+// --- failing output streams --------------------------------------------------------------------
+
+TEST(XmlStreamOutput, FailuresStayInTheCallersStream) {
+    std::ostringstream failed;
+    failed.setstate(std::ios_base::failbit);
+    XmlStream onFailed(&failed);
+    onFailed.writeOpenElement("", "a");
+    onFailed << "text";
+    EXPECT_TRUE(failed.bad());
+    EXPECT_EQ(failed.str(), "");
+
+    RefusingBuffer refusing;
+    std::ostream full(&refusing);
+    XmlStream onFull(&full);
+    onFull.writeStringElement("a", "b");
+    EXPECT_TRUE(full.bad());
+    onFull.writeCloseElement("", "a");  // keeps going without effect
+    onFull.writeOpenElementClose("a", true);
+
+    std::ostream unbuffered(nullptr);
+    XmlStream onNothing(&unbuffered);
+    onNothing.writeOpenElement("urn:a", "x");
+    onNothing << std::string("y");
+    EXPECT_TRUE(unbuffered.bad());
+}
+
+}  // namespace
