@@ -391,8 +391,10 @@ private:
         for (;;) {
             trim();
             const Value::ValueType type = getValueType();
+            // The value first: a nested array uses the same stacks while it is read.
+            AutoPtr<Value> value = parseValue(type);
             m_kinds.push_back(type);
-            m_values.push_back(parseValue(type));
+            m_values.push_back(std::move(value));
             trim();
             if (!at(',')) {
                 break;

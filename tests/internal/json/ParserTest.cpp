@@ -68,6 +68,22 @@ TEST(Parser, DecidesKindsFromTheFirstBytes) {
     EXPECT_EQ(array->getValueType(1), Value::STRING);
 }
 
+TEST(Parser, NestedArraysKeepTheirOwnKinds) {
+    const AutoPtr<JSONArray> root =
+        Parser().parse("[\n   [1, 2, 2.5e3\n]\n, [[\"a\"], {}], null]").dynamicCast<JSONArray>();
+    ASSERT_FALSE(root.isNull());
+    ASSERT_EQ(root->size(), 3U);
+    EXPECT_EQ(root->getValueType(0), Value::ARRAY);
+    EXPECT_EQ(root->getValueType(2), Value::NULL_VALUE);
+    const AutoPtr<JSONArray> first = root->getJSONArray(0);
+    ASSERT_EQ(first->size(), 3U);
+    EXPECT_EQ(first->getInteger(1), 2);
+    EXPECT_EQ(first->getValueType(2), Value::DOUBLE);
+    const AutoPtr<JSONArray> second = root->getJSONArray(1);
+    EXPECT_EQ(second->getJSONArray(0)->getString(0), "a");
+    EXPECT_EQ(second->getValueType(1), Value::OBJECT);
+}
+
 TEST(Parser, StringsAreUnescapedButKeysKeptAsWritten) {
     const auto object = parseObject(R"({"k\"ey": "a\/b \"q\" \\ \t\u0041", "plain": "x"})");
     EXPECT_TRUE(object->containsKey(R"(k\"ey)"));
