@@ -7,7 +7,9 @@
 #include <corvane/soa/common/xml/XmlText.hpp>
 
 #include <benchmark/benchmark.h>
+
 #include <pugixml.hpp>
+#include "RatioReporter.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -349,69 +351,14 @@ void benchPugixml(benchmark::State& state) {
     state.counters["output_bytes"] = static_cast<double>(outputBytes);
 }
 
-// The console table, plus the mean real time per iteration of every benchmark for the summary.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) != 0 ? OO_ColorTabular : OO_Tabular) {}
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        // Single runs, or the means when only aggregates are reported.
-        for (const Run& run : runs) {
-            const bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
-            if ((run.run_type != Run::RT_Iteration && !mean) || run.error_occurred ||
-                run.iterations <= 0) {
-                continue;
-            }
-            auto& [total, count] = (mean ? m_means : m_seconds)[run.run_name.str()];
-            total += run.real_accumulated_time / static_cast<double>(run.iterations);
-            ++count;
-        }
-    }
-
-    // Mean seconds per iteration, or 0 when the benchmark did not run.
-    double seconds(const std::string& name) const {
-        for (const auto* times : {&m_seconds, &m_means}) {
-            const auto found = times->find(name);
-            if (found != times->end()) {
-                return found->second.first / found->second.second;
-            }
-        }
-        return 0.0;
-    }
-
-    void printSummary(std::ostream& os) const {
-        os << std::fixed;
-        printThroughput(os, kToXml, xmlText().size());
-        printThroughput(os, kToJson, jsonText().size());
-        printRatio(os, "toXmlString/naive", kNaiveXml, kToXml, "target >= 4x");
-        printRatio(os, "toJsonString/naive", kNaiveJson, kToJson, "target >= 4x");
-        printRatio(os, "XmlStream/pugixml", kPugixml, kXmlStream, "higher is better, target >= 1x");
-    }
-
-private:
-    void printThroughput(std::ostream& os, const char* name, std::size_t bytes) const {
-        const double s = seconds(name);
-        if (s > 0.0) {
-            os << "throughput " << name << ": " << std::setprecision(2)
-               << static_cast<double>(bytes) / s / 1e9 << " GB/s (target >= 1 GB/s)\n";
-        }
-    }
-
-    // How many times faster `subject` ran than `baseline`.
-    void printRatio(std::ostream& os, const char* label, const char* baseline, const char* subject,
-                    const char* note) const {
-        const double base = seconds(baseline);
-        const double mine = seconds(subject);
-        if (base > 0.0 && mine > 0.0) {
-            os << "ratio " << label << ": " << std::setprecision(1) << base / mine << "x (" << note
-               << ")\n";
-        }
-    }
-
-    std::map<std::string, std::pair<double, int>> m_seconds;
-    std::map<std::string, std::pair<double, int>> m_means;
-};
+void printSummary(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) {
+    reporter.printThroughput(os, kToXml, xmlText().size(), "target >= 1 GB/s");
+    reporter.printThroughput(os, kToJson, jsonText().size(), "target >= 1 GB/s");
+    reporter.printRatio(os, "toXmlString/naive", kNaiveXml, kToXml, "target >= 4x");
+    reporter.printRatio(os, "toJsonString/naive", kNaiveJson, kToJson, "target >= 4x");
+    reporter.printRatio(os, "XmlStream/pugixml", kPugixml, kXmlStream,
+                        "higher is better, target >= 1x");
+}
 
 }  // namespace
 
@@ -427,9 +374,9 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark(kXmlStream, benchXmlStream)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(kPugixml, benchPugixml)->Unit(benchmark::kMillisecond);
 
-    RatioReporter reporter;
+    cvsoa::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printSummary(std::cout);
+    printSummary(reporter, std::cout);
     benchmark::Shutdown();
     return 0;
 }
