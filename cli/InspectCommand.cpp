@@ -3,6 +3,12 @@
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
+#include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/json/JSONArray.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/Parser.hpp>
+#include <corvane/soa/internal/json/ParsingException.hpp>
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
 
 #include <fstream>
 #include <iostream>
@@ -30,21 +36,47 @@ void fail(const std::string& message) {
     throw CLI::RuntimeError(1);
 }
 
-// Lists the bytes outside printable ASCII, reads the document and prints its element tree.
+namespace Json = Corvane::Soa::Internal::Json;
+
+// Reads a JSON document and prints its tree; the parser's message (with the line and character)
+// when it cannot.
+void inspectJson(const std::string& content) {
+    try {
+        Json::Parser parser;
+        const auto root = parser.parse(content);
+        if (const auto object = root.dynamicCast<Json::JSONObject>()) {
+            object->serializeObject(std::cout);
+        } else if (const auto array = root.dynamicCast<Json::JSONArray>()) {
+            array->serializeDocument(std::cout);
+        }
+        std::cout << '\n';
+    } catch (const Json::ParsingException& e) {
+        fail(e.getMessage());
+    } catch (const Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException& e) {
+        fail(e.getMessage());
+    }
+}
+
+// XML: lists the bytes outside printable ASCII, reads the document and prints its element tree.
+// JSON (a document starting with '{'): reads it and prints its tree.
 void addInspectCommand(CLI::App& app) {
     auto options = std::make_shared<InspectOptions>();
     CLI::App* command = app.add_subcommand(
-        "inspect", "Read an XML document: list unusual bytes, then print its element tree");
-    command->add_option("file", options->path, "the XML document")->required();
+        "inspect", "Read an XML or JSON document and print its tree (or the exact error)");
+    command->add_option("file", options->path, "the XML or JSON document")->required();
     command->add_option("--encoding", options->encoding,
                         "code page for the printed text (default: the process's own)");
     command->callback([options] {
         std::ifstream file(options->path, std::ios::binary);
         if (!file) {
-            fail("XML Document '" + options->path + "' does not exist.\n");
+            fail("Document '" + options->path + "' does not exist.\n");
         }
         const std::string content((std::istreambuf_iterator<char>(file)),
                                   std::istreambuf_iterator<char>());
+        if (!content.empty() && Xml::XmlUtil::isJSON(content)) {
+            inspectJson(content);
+            return;
+        }
         std::string report;
         if (!Xml::SAXToNodeParser::checkForIllegalXMLchars(content, report)) {
             std::cout << report << '\n';
