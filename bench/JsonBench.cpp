@@ -21,6 +21,7 @@
 #include "RatioReporter.hpp"
 
 #include <cstdio>
+#include <iomanip>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -88,6 +89,17 @@ void parseRapidJson(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
+// The stream has no null of its own: the separator, then the member or element as raw text.
+void writeNull(JsonStream& out, const std::string* key) {
+    out.writeCommaAndLineFeed();
+    if (key != nullptr) {
+        out << "\"";
+        out << *key;
+        out << "\":";
+    }
+    out << "null";
+}
+
 // Writes a parsed tree through the stream, as generated types write their members.
 void writeValue(JsonStream& out, const Json::Value& value);
 
@@ -122,8 +134,7 @@ void writeMembers(JsonStream& out, const Json::JSONObject& object) {
                                    true);
                 break;
             default:
-                out.writeKey(key);
-                out << "null";
+                writeNull(out, &key);
                 break;
         }
     }
@@ -160,7 +171,7 @@ void writeValue(JsonStream& out, const Json::Value& value) {
             out.writeValue(static_cast<const Json::BooleanValue&>(value).getValue());
             break;
         default:
-            out.writeEncodedValue("null");
+            writeNull(out, nullptr);
             break;
     }
 }
@@ -175,7 +186,7 @@ void writeJsonStream(benchmark::State& state) {
             JsonStream out(&text);
             writeValue(out, *root);
         }
-        bytes = text.str().size();
+        bytes = static_cast<std::size_t>(text.tellp());
         benchmark::DoNotOptimize(bytes);
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
@@ -185,7 +196,7 @@ void writeNlohmann(benchmark::State& state) {
     const nlohmann::json root = nlohmann::json::parse(responseText());
     std::size_t bytes = 0;
     for (auto _ : state) {
-        const std::string text = root.dump(2);
+        const std::string text = root.dump();
         bytes = text.size();
         benchmark::DoNotOptimize(bytes);
     }
@@ -206,6 +217,16 @@ void writeRapidJson(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
 }
 
+// The text JsonStream writes for the whole tree.
+std::string streamText(const Json::Value& root) {
+    std::ostringstream text;
+    {
+        JsonStream out(&text);
+        writeValue(out, root);
+    }
+    return text.str();
+}
+
 // Heap held by each tree of the same document, measured with the tree alive.
 void printMemory(std::ostream& os) {
     const std::string& text = responseText();
@@ -222,10 +243,63 @@ void printMemory(std::ostream& os) {
         const nlohmann::json root = nlohmann::json::parse(text);
         theirs = heapInUse() - before;
     }
+    before = heapInUse();
+    std::size_t rapid = 0;
+    {
+        rapidjson::Document root;
+        root.Parse(text.c_str(), text.size());
+        rapid = heapInUse() - before;
+    }
     os << std::fixed << std::setprecision(1) << "tree memory for " << text.size() / 1e6
-       << " MB of text: Parser " << ours / 1e6 << " MB, nlohmann " << theirs / 1e6 << " MB\n"
+       << " MB of text: Parser " << ours / 1e6 << " MB, nlohmann " << theirs / 1e6
+       << " MB, RapidJSON " << rapid / 1e6 << " MB (for reference)\n"
        << "ratio tree memory Parser/nlohmann: " << std::setprecision(2)
        << static_cast<double>(ours) / static_cast<double>(theirs) << " (target <= 1)\n";
+}
+
+bool looksLikeDate(const nlohmann::json& value) {
+    if (!value.is_string()) {
+        return false;
+    }
+    const std::string& text = value.get_ref<const std::string&>();
+    return text.size() >= 19 && text[4] == '-' && text[7] == '-' && text[10] == 'T';
+}
+
+// Whether two documents hold the same data. Dates are written in their wire form (in UTC), so
+// two date texts count as the same.
+bool sameData(const nlohmann::json& a, const nlohmann::json& b) {
+    if (looksLikeDate(a) && looksLikeDate(b)) {
+        return true;
+    }
+    if (a.type() != b.type() || a.size() != b.size()) {
+        return a == b;
+    }
+    if (a.is_object()) {
+        for (auto i = a.begin(), j = b.begin(); i != a.end(); ++i, ++j) {
+            if (i.key() != j.key() || !sameData(*i, *j)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    if (a.is_array()) {
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            if (!sameData(a[i], b[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+    return a == b;
+}
+
+// The walk must write the document it read.
+void checkWrittenText(std::ostream& os) {
+    Json::Parser parser;
+    const AutoPtr<Json::Value> root = parser.parse(responseText());
+    const bool same =
+        sameData(nlohmann::json::parse(streamText(*root)), nlohmann::json::parse(responseText()));
+    os << "JsonStream wrote " << (same ? "the same data" : "DIFFERENT DATA") << "\n";
 }
 
 }  // namespace
@@ -253,6 +327,7 @@ int main(int argc, char** argv) {
     reporter.printRatio(os, "JsonStream/RapidJSON Writer", "write/RapidJSON", "write/JsonStream",
                         "target >= 0.5x");
     printMemory(os);
+    checkWrittenText(os);
     benchmark::Shutdown();
     return 0;
 }

@@ -66,6 +66,27 @@ public:
         }
     }
 
+    // How many times the time of `baseline` `subject` took (lower is better), for targets that
+    // are budgets over a floor.
+    void printTimeRatio(std::ostream& os, const std::string& label, const std::string& subject,
+                        const std::string& baseline, const char* note) const {
+        const double base = seconds(baseline);
+        const double mine = seconds(subject);
+        if (base > 0.0 && mine > 0.0) {
+            os << "ratio " << label << ": " << std::fixed << std::setprecision(2) << mine / base
+               << " (" << note << ")\n";
+        }
+    }
+
+    // The mean time of one iteration, in milliseconds.
+    void printTime(std::ostream& os, const std::string& name, const char* note) const {
+        const double s = seconds(name);
+        if (s > 0.0) {
+            os << "time " << name << ": " << std::fixed << std::setprecision(1) << s * 1e3
+               << " ms (" << note << ")\n";
+        }
+    }
+
 private:
     std::map<std::string, std::pair<double, int>> m_seconds;
     std::map<std::string, std::pair<double, int>> m_means;
