@@ -6,14 +6,18 @@
 
 #include "XmlTextAppend.hpp"
 
+#include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cstring>
+#include <streambuf>
 
 namespace Corvane::Soa::Common::Xml {
 
 namespace {
 
 constexpr std::size_t kIndentLevels = 18;
+constexpr std::size_t kInitialRoom = 256;
 
 std::vector<std::string> makeIndents(std::size_t tabSize) {
     std::vector<std::string> indents;
@@ -36,12 +40,31 @@ std::vector<std::string>& sIndents() {
 
 const char* boolText(bool value) { return value ? "true" : "false"; }
 
+// The put area of any stream buffer, reached as sputc reaches it: an operation's text that fits
+// in the room left there is copied in place, without the virtual call of sputn.
+struct PutArea : std::streambuf {
+    static bool tryCopy(std::streambuf* buffer, const char* text, std::size_t length) {
+        char* const next = (buffer->*&PutArea::pptr)();
+        if (static_cast<std::size_t>((buffer->*&PutArea::epptr)() - next) < length ||
+            length > INT_MAX) {
+            return false;
+        }
+        std::memcpy(next, text, length);
+        (buffer->*&PutArea::pbump)(static_cast<int>(length));
+        return true;
+    }
+};
+
 }  // namespace
 
 JsonStream::JsonStream(std::ostream* out) : JsonStream(out, nullptr) {}
 
 JsonStream::JsonStream(std::ostream* out, Utf8String* transcoder)
-    : m_indent(sIndents().front()), m_out(out), m_transcoder(transcoder) {}
+    : m_indent(sIndents().front()), m_out(out), m_transcoder(transcoder) {
+    m_buffer.resize(kInitialRoom);
+    m_next = m_buffer.data();
+    m_limit = m_next + m_buffer.size();
+}
 
 JsonStream::~JsonStream() = default;
 
@@ -53,15 +76,23 @@ void JsonStream::write(const char* text, std::size_t length) {
         return;
     }
     std::streambuf* buffer = m_out->rdbuf();
+    if (buffer == nullptr || !m_out->good()) {
+        m_out->setstate(std::ios_base::badbit);
+        return;
+    }
+    if (PutArea::tryCopy(buffer, text, length)) {
+        return;
+    }
     const auto wanted = static_cast<std::streamsize>(length);
-    if (buffer == nullptr || !m_out->good() || buffer->sputn(text, wanted) != wanted) {
+    if (buffer->sputn(text, wanted) != wanted) {
         m_out->setstate(std::ios_base::badbit);
     }
 }
 
 void JsonStream::flush() {
-    write(m_buffer.data(), m_buffer.size());
-    m_buffer.clear();
+    char* const begin = m_buffer.data();
+    write(begin, static_cast<std::size_t>(m_next - begin));
+    m_next = begin;
 }
 
 JsonStream& JsonStream::operator<<(const char* text) {
@@ -72,18 +103,47 @@ JsonStream& JsonStream::operator<<(const char* text) {
 }
 
 JsonStream& JsonStream::operator<<(const std::string& text) {
-    write(text);
+    write(text.data(), text.size());
     return *this;
+}
+
+// ---- the operation's text ----
+
+void JsonStream::reserve(std::size_t size) {
+    if (static_cast<std::size_t>(m_limit - m_next) < size) {
+        grow(size);
+    }
+}
+
+void JsonStream::grow(std::size_t size) {
+    const auto used = static_cast<std::size_t>(m_next - m_buffer.data());
+    m_buffer.resize(std::max(2 * m_buffer.size(), used + size));
+    m_next = m_buffer.data() + used;
+    m_limit = m_buffer.data() + m_buffer.size();
+}
+
+void JsonStream::put(char c) {
+    reserve(1);
+    *m_next++ = c;
+}
+
+void JsonStream::put(const char* text, std::size_t length) {
+    if (length != 0) {
+        reserve(length);
+        std::memcpy(m_next, text, length);
+        m_next += length;
+    }
 }
 
 // ---- layout ----
 
 void JsonStream::separator() {
+    reserve(2);
     if (m_needComma) {
-        m_buffer.push_back(',');
+        *m_next++ = ',';
     }
     if (!m_atStart && m_started) {
-        m_buffer.push_back('\n');
+        *m_next++ = '\n';
     }
     m_needComma = true;
     m_started = true;
@@ -104,65 +164,59 @@ void JsonStream::lowerLevel() {
     m_indent = sIndents()[static_cast<std::size_t>(m_level)];
 }
 
-void JsonStream::writeIndentIf(bool on) {
-    if (on) {
-        m_buffer.append(m_indent);
-    }
-}
-
 // ---- pieces of text ----
 
-void JsonStream::writeEscaped(const std::string& value) {
-    writeEscaped(value.data(), value.size());
-}
-
-void JsonStream::writeEscaped(const char* value, std::size_t length) {
+void JsonStream::putEscaped(const char* value, std::size_t length) {
     if (m_transcoder == nullptr) {
-        appendJsonString(m_buffer, value, length);
+        reserve(2 * length);
+        m_next = escapeJsonInto(m_next, value, length);
         return;
     }
     m_escaped.clear();
     appendJsonString(m_escaped, value, length);
+    m_transcoded.clear();
     try {
-        m_transcoder->encode(m_escaped, m_buffer);
+        m_transcoder->encode(m_escaped, m_transcoded);
     } catch (...) {
-        m_buffer.clear();  // the failed operation leaves no text behind
+        m_next = m_buffer.data();  // the failed operation leaves no text behind
         throw;
     }
+    put(m_transcoded);
 }
 
-void JsonStream::writeQuotedName(const std::string& name) {
-    m_buffer.push_back('"');
-    m_buffer.append(name).append("\":", 2);
+void JsonStream::putQuotedName(const std::string& name) {
+    reserve(name.size() + 3);
+    *m_next++ = '"';
+    std::memcpy(m_next, name.data(), name.size());
+    m_next += name.size();
+    *m_next++ = '"';
+    *m_next++ = ':';
 }
 
-void JsonStream::writeNumber(int value) {
-    char text[16];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    m_buffer.append(text, result.ptr);
+void JsonStream::putNumber(int value) {
+    reserve(16);
+    m_next = std::to_chars(m_next, m_limit, value).ptr;
 }
 
 // The text of lexical_cast<std::string>(double) (17 significant digits, the shorter of fixed
-// and scientific notation), formatted on the stack instead of in a string of its own. Floats
-// are widened first, as there.
-void JsonStream::writeNumber(double value) {
-    char text[32];
-    const auto result =
-        std::to_chars(text, text + sizeof text, value, std::chars_format::general, 17);
-    m_buffer.append(text, result.ptr);
+// and scientific notation), formatted in place. Floats are widened first, as there.
+void JsonStream::putNumber(double value) {
+    reserve(32);
+    m_next = std::to_chars(m_next, m_limit, value, std::chars_format::general, 17).ptr;
 }
 
-void JsonStream::writeDate(const DateTime& value) {
-    m_buffer.push_back('"');
-    m_buffer.append(lexical_cast<std::string>(value));
-    m_buffer.push_back('"');
+void JsonStream::putDate(const DateTime& value) {
+    put('"');
+    put(lexical_cast<std::string>(value));
+    put('"');
 }
 
 // ---- objects, arrays, maps ----
 
 void JsonStream::writeObjectOpen() {
     separator();
-    m_buffer.append(m_indent).push_back('{');
+    putIndent();
+    put('{');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
@@ -171,30 +225,34 @@ void JsonStream::writeObjectOpen() {
 
 void JsonStream::writeObjectOpen(const std::string& qualifiedName) {
     separator();
-    m_buffer.append(m_indent).push_back('{');
+    putIndent();
+    put('{');
     m_needComma = false;
     raiseLevel();
     if (m_atStart) {
         m_atStart = false;
         separator();
-        m_buffer.append(m_indent).append("\".QName\":\"", 10);
-        writeEscaped(qualifiedName);
-        m_buffer.push_back('"');
+        putIndent();
+        put("\".QName\":\"", 10);
+        putEscaped(qualifiedName.data(), qualifiedName.size());
+        put('"');
     }
     flush();
 }
 
 void JsonStream::writeObjectClose() {
     lowerLevel();
-    m_buffer.push_back('\n');
-    m_buffer.append(m_indent).push_back('}');
+    put('\n');
+    putIndent();
+    put('}');
     m_needComma = true;
     flush();
 }
 
 void JsonStream::writeArrayOpen() {
     separator();
-    m_buffer.append(m_indent).push_back('[');
+    putIndent();
+    put('[');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
@@ -203,15 +261,17 @@ void JsonStream::writeArrayOpen() {
 
 void JsonStream::writeArrayClose() {
     lowerLevel();
-    m_buffer.push_back('\n');
-    m_buffer.append(m_indent).push_back(']');
+    put('\n');
+    putIndent();
+    put(']');
     m_needComma = true;
     flush();
 }
 
 void JsonStream::writeMapOpen() {
     separator();
-    m_buffer.append(m_indent).push_back('[');
+    putIndent();
+    put('[');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
@@ -222,8 +282,12 @@ void JsonStream::writeMapOpen() {
 // exactly that pair.
 void JsonStream::writeMapOpen(const std::string& key) {
     separator();
-    m_buffer.append(m_indent).push_back('"');
-    m_buffer.append(key).append("\":\n", 3).append(m_indent).push_back('{');
+    putIndent();
+    put('"');
+    put(key);
+    put("\":\n", 3);
+    putIndent();
+    put('{');
     m_needComma = false;
     raiseLevel();
     flush();
@@ -235,61 +299,71 @@ void JsonStream::writeMapClose() { writeArrayClose(); }
 
 void JsonStream::writeKey(const std::string& key) {
     separator();
-    writeIndentIf(m_indentOn);
-    writeQuotedName(key);
+    if (m_indentOn) {
+        putIndent();
+    }
+    putQuotedName(key);
     m_needComma = false;
     flush();
 }
 
 void JsonStream::writeKey(int key) {
     separator();
-    writeIndentIf(m_indentOn);
-    m_buffer.push_back('"');
-    writeNumber(key);
-    m_buffer.append("\":", 2);
+    if (m_indentOn) {
+        putIndent();
+    }
+    put('"');
+    putNumber(key);
+    put("\":", 2);
     m_needComma = false;
     flush();
 }
 
 void JsonStream::writeValue(const std::string& value) {
-    separator();
-    writeIndentIf(m_indentOn);
-    m_buffer.push_back('"');
-    writeEscaped(value);
-    m_buffer.push_back('"');
-    flush();
+    writeQuotedValue(value.data(), value.size());
 }
 
 void JsonStream::writeValue(const char* value) {
+    writeQuotedValue(value, value != nullptr ? std::strlen(value) : 0);
+}
+
+void JsonStream::writeQuotedValue(const char* value, std::size_t length) {
     separator();
-    writeIndentIf(m_indentOn);
-    m_buffer.push_back('"');
-    if (value != nullptr) {
-        writeEscaped(value, std::strlen(value));
+    if (m_indentOn) {
+        putIndent();
     }
-    m_buffer.push_back('"');
+    put('"');
+    putEscaped(value, length);
+    put('"');
     flush();
 }
 
 void JsonStream::writeEncodedValue(const std::string& value) {
     separator();
-    writeIndentIf(m_indentOn);
-    m_buffer.push_back('"');
-    m_buffer.append(value).push_back('"');
+    if (m_indentOn) {
+        putIndent();
+    }
+    put('"');
+    put(value);
+    put('"');
     flush();
 }
 
 void JsonStream::writeValue(bool value) {
     separator();
-    writeIndentIf(m_indentOn);
-    m_buffer.append(boolText(value));
+    if (m_indentOn) {
+        putIndent();
+    }
+    put(boolText(value), value ? 4 : 5);
     flush();
 }
 
 void JsonStream::writeValue(int value) {
     separator();
-    writeIndentIf(m_indentOn);
-    writeNumber(value);
+    if (m_indentOn) {
+        putIndent();
+    }
+    putNumber(value);
     flush();
 }
 
@@ -297,15 +371,19 @@ void JsonStream::writeValue(float value) { writeValue(static_cast<double>(value)
 
 void JsonStream::writeValue(double value) {
     separator();
-    writeIndentIf(m_indentOn);
-    writeNumber(value);
+    if (m_indentOn) {
+        putIndent();
+    }
+    putNumber(value);
     flush();
 }
 
 void JsonStream::writeValue(const DateTime& value) {
     separator();
-    writeIndentIf(m_indentOn);
-    writeDate(value);
+    if (m_indentOn) {
+        putIndent();
+    }
+    putDate(value);
     flush();
 }
 
@@ -315,31 +393,31 @@ void JsonStream::writeValue(const BaseObject& value) { value.writeJSON(this); }
 
 // ---- attributes: "name":value, nothing at all when absent ----
 
-void JsonStream::writeAttribute(const std::string& name, const std::string& value, bool present) {
-    if (!present) {
-        return;
-    }
+// The separator, the indent (always, whatever indentOn says) and "name":.
+void JsonStream::beginAttribute(const std::string& name) {
     separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    m_buffer.push_back('"');
-    writeEscaped(value);
-    m_buffer.push_back('"');
-    flush();
+    putIndent();
+    putQuotedName(name);
+}
+
+void JsonStream::writeAttribute(const std::string& name, const std::string& value, bool present) {
+    if (present) {
+        writeQuotedAttribute(name, value.data(), value.size());
+    }
 }
 
 void JsonStream::writeAttribute(const std::string& name, const char* value, bool present) {
-    if (!present) {
-        return;
+    if (present) {
+        writeQuotedAttribute(name, value, value != nullptr ? std::strlen(value) : 0);
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    m_buffer.push_back('"');
-    if (value != nullptr) {
-        writeEscaped(value, std::strlen(value));
-    }
-    m_buffer.push_back('"');
+}
+
+void JsonStream::writeQuotedAttribute(const std::string& name, const char* value,
+                                      std::size_t length) {
+    beginAttribute(name);
+    put('"');
+    putEscaped(value, length);
+    put('"');
     flush();
 }
 
@@ -347,10 +425,8 @@ void JsonStream::writeAttribute(const std::string& name, bool value, bool presen
     if (!present) {
         return;
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    m_buffer.append(boolText(value));
+    beginAttribute(name);
+    put(boolText(value), value ? 4 : 5);
     flush();
 }
 
@@ -358,10 +434,8 @@ void JsonStream::writeAttribute(const std::string& name, int value, bool present
     if (!present) {
         return;
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    writeNumber(value);
+    beginAttribute(name);
+    putNumber(value);
     flush();
 }
 
@@ -373,10 +447,8 @@ void JsonStream::writeAttribute(const std::string& name, double value, bool pres
     if (!present) {
         return;
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    writeNumber(value);
+    beginAttribute(name);
+    putNumber(value);
     flush();
 }
 
@@ -384,44 +456,41 @@ void JsonStream::writeAttribute(const std::string& name, const DateTime& value, 
     if (!present) {
         return;
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    writeDate(value);
+    beginAttribute(name);
+    putDate(value);
     flush();
 }
 
 void JsonStream::writeEncodedAttribute(const std::string& name, const std::string& value) {
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    m_buffer.push_back('"');
-    m_buffer.append(value).push_back('"');
+    beginAttribute(name);
+    put('"');
+    put(value);
+    put('"');
     flush();
 }
 
 // ---- one-member objects on one line ----
 
 void JsonStream::writeObject(const std::string& name, const std::string& value, bool present) {
-    if (!present) {
-        return;
+    if (present) {
+        writeTextObject(name, value.data(), value.size());
     }
-    separator();
-    m_buffer.append(m_indent).append("{\"", 2).append(name).append("\":\"", 3).append(value);
-    m_buffer.append("\"}", 2);
-    flush();
 }
 
 void JsonStream::writeObject(const std::string& name, const char* value, bool present) {
-    if (!present) {
-        return;
+    if (present) {
+        writeTextObject(name, value, value != nullptr ? std::strlen(value) : 0);
     }
+}
+
+void JsonStream::writeTextObject(const std::string& name, const char* value, std::size_t length) {
     separator();
-    m_buffer.append(m_indent).append("{\"", 2).append(name).append("\":\"", 3);
-    if (value != nullptr) {
-        m_buffer.append(value);
-    }
-    m_buffer.append("\"}", 2);
+    putIndent();
+    put("{\"", 2);
+    put(name);
+    put("\":\"", 3);
+    put(value, length);
+    put("\"}", 2);
     flush();
 }
 
@@ -430,8 +499,12 @@ void JsonStream::writeObject(const std::string& name, bool value, bool present) 
         return;
     }
     separator();
-    m_buffer.append(m_indent).append("{\"", 2).append(name).append("\":", 2);
-    m_buffer.append(boolText(value)).push_back('}');
+    putIndent();
+    put("{\"", 2);
+    put(name);
+    put("\":", 2);
+    put(boolText(value), value ? 4 : 5);
+    put('}');
     flush();
 }
 
@@ -446,8 +519,12 @@ void JsonStream::writeCommaAndLineFeed() {
 // text is handed over before the items write themselves.
 void JsonStream::writeFrameOpen(const std::string& name, char bracket) {
     separator();
-    m_buffer.append(m_indent).push_back('"');
-    m_buffer.append(name).append("\":\n", 3).append(m_indent).push_back(bracket);
+    putIndent();
+    put('"');
+    put(name);
+    put("\":\n", 3);
+    putIndent();
+    put(bracket);
     m_needComma = false;
     raiseLevel();
     flush();
@@ -455,8 +532,9 @@ void JsonStream::writeFrameOpen(const std::string& name, char bracket) {
 
 void JsonStream::writeFrameClose(char bracket) {
     lowerLevel();
-    m_buffer.push_back('\n');
-    m_buffer.append(m_indent).push_back(bracket);
+    put('\n');
+    putIndent();
+    put(bracket);
     flush();
 }
 
@@ -521,22 +599,20 @@ void JsonStream::writeStringVector(const std::vector<std::string>& values, const
     if (values.empty()) {
         return;
     }
-    separator();
-    m_buffer.append(m_indent);
-    writeQuotedName(name);
-    m_buffer.push_back('[');
+    beginAttribute(name);
+    put('[');
     bool first = true;
     for (const std::string& value : values) {
-        m_buffer.append(first ? "\"" : ",\"", first ? 1 : 2);
+        put(first ? "\"" : ",\"", first ? 1 : 2);
         first = false;
         if (escape) {
-            writeEscaped(value);
+            putEscaped(value.data(), value.size());
         } else {
-            m_buffer.append(value);
+            put(value);
         }
-        m_buffer.push_back('"');
+        put('"');
     }
-    m_buffer.push_back(']');
+    put(']');
     flush();
 }
 

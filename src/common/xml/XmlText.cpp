@@ -161,6 +161,17 @@ private:
 constexpr Escaper kXmlEscaper(kXmlRules);
 constexpr Escaper kJsonEscaper(kJsonRules);
 
+// escapeJsonInto sizes its output on two bytes per replaced byte.
+constexpr bool jsonReplacementsAreTwoBytes() {
+    for (const EscapeRule& rule : kJsonRules) {
+        if (rule.text[0] == '\0' || rule.text[1] == '\0' || rule.text[2] != '\0') {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(jsonReplacementsAreTwoBytes());
+
 // The references that decodeXml understands, tried in this order at each '&'.
 struct Entity {
     const char* text;
@@ -322,29 +333,88 @@ std::string toJsonString(const std::string& text) {
     return out;
 }
 
-// The writers' form of toJsonString: runs of bytes that stand for themselves are appended
-// whole, so nothing is appended byte by byte and no string is built in between.
-void appendJsonString(std::string& out, const char* text, std::size_t size) {
+// The writers' form of toJsonString. Every JSON replacement is two bytes long, so `out` needs
+// room for at most twice the input; within that room a sixteen-byte block without a byte to
+// replace is stored whole, and nothing is appended byte by byte.
+char* escapeJsonInto(char* out, const char* text, std::size_t size) {
     const int fam = family();
-    const char* const end = text + size;
-    const char* run = text;
     const char* p = text;
-    while (p != end) {
-        const auto c = static_cast<unsigned char>(*p);
-        if (fam != kSingleByte && isLeadByte(fam, c)) {
-            p += end - p >= 2 ? 2 : 1;  // the trail byte belongs to the character
-            continue;
+    const char* const end = text + size;
+    if (fam != kSingleByte) {
+        while (p != end) {
+            const auto c = static_cast<unsigned char>(*p);
+            if (isLeadByte(fam, c)) {
+                *out++ = *p++;
+                if (p != end) {
+                    *out++ = *p++;  // the trail byte belongs to the character
+                }
+                continue;
+            }
+            const Replacement& r = kJsonEscaper[c];
+            if (r.length == 0) {
+                *out++ = *p++;
+            } else {
+                std::memcpy(out, r.text, 2);
+                out += 2;
+                ++p;
+            }
         }
-        const Replacement& r = kJsonEscaper[c];
-        if (r.length == 0) {
-            ++p;
-            continue;
-        }
-        out.append(run, static_cast<std::size_t>(p - run));
-        out.append(r.text, r.length);
-        run = ++p;
+        return out;
     }
-    out.append(run, static_cast<std::size_t>(p - run));
+#if defined(__SSE2__)
+    const __m128i quote = _mm_set1_epi8('"');
+    const __m128i backslash = _mm_set1_epi8('\\');
+    const __m128i slash = _mm_set1_epi8('/');
+    const __m128i low = _mm_set1_epi8('\b');
+    const __m128i high = _mm_set1_epi8('\r');
+    // While sixteen bytes remain the room left is at least thirty-two, so a block may be stored
+    // before it is examined. The control bytes from '\b' to '\r' are candidates; the table
+    // decides (the vertical tab stands for itself).
+    while (end - p >= 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+        const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(_mm_max_epu8(block, low), high), block);
+        const __m128i hits = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(block, quote), _mm_cmpeq_epi8(block, backslash)),
+            _mm_or_si128(_mm_cmpeq_epi8(block, slash), control));
+        auto mask = static_cast<unsigned>(_mm_movemask_epi8(hits));
+        while (mask != 0) {
+            const auto hit = static_cast<unsigned>(__builtin_ctz(mask));
+            const Replacement& r = kJsonEscaper[static_cast<unsigned char>(p[hit])];
+            if (r.length != 0) {
+                break;
+            }
+            mask &= mask - 1;
+        }
+        if (mask == 0) {
+            p += 16;
+            out += 16;
+            continue;
+        }
+        const auto hit = static_cast<std::size_t>(__builtin_ctz(mask));
+        out += hit;
+        std::memcpy(out, kJsonEscaper[static_cast<unsigned char>(p[hit])].text, 2);
+        out += 2;
+        p += hit + 1;
+    }
+#endif
+    for (; p != end; ++p) {
+        const Replacement& r = kJsonEscaper[static_cast<unsigned char>(*p)];
+        if (r.length == 0) {
+            *out++ = *p;
+        } else {
+            std::memcpy(out, r.text, 2);
+            out += 2;
+        }
+    }
+    return out;
+}
+
+void appendJsonString(std::string& out, const char* text, std::size_t size) {
+    const std::size_t used = out.size();
+    out.resize(used + 2 * size);
+    char* const last = escapeJsonInto(out.data() + used, text, size);
+    out.resize(static_cast<std::size_t>(last - out.data()));
 }
 
 void appendDecodedJson(std::string& out, const char* text, std::size_t size) {

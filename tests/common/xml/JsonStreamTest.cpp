@@ -223,6 +223,11 @@ TEST_F(JsonStreamTest, EscapingMatchesToJsonStringForLongAndMixedTexts) {
     }
     texts.push_back(mixed);
     texts.push_back(std::string("nul\0inside", 10));
+    // Every byte value inside, and at the edges of, sixteen-byte blocks.
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        texts.push_back(std::string(20, 'x') + c + std::string(17, c) + "y");
+    }
     for (const std::string& text : texts) {
         std::ostringstream one;
         JsonStream stream(&one);

@@ -104,26 +104,34 @@ public:
     CORVANE_SOA_ACCOUNTED_ALLOCATION("JsonStream")
 
 private:
-    // The operations assemble their text in `m_buffer` and hand it to the output stream's
-    // buffer in one piece (`flush`), so that text written to the same std::ostream between two
-    // operations stays in order.
+    // Every operation assembles its text in `m_buffer` through the raw cursor `m_next` and hands
+    // it to the output stream's buffer in one piece at its end (`flush`), so that text written
+    // to the same std::ostream between two operations stays in order and a failed operation
+    // leaves nothing behind.
     void separator();
     void raiseLevel();
     void lowerLevel();
-    void writeIndentIf(bool on);
-    void writeEscaped(const std::string& value);
-    void writeEscaped(const char* value, std::size_t length);
-    void writeQuotedName(const std::string& name);
-    void writeNumber(int value);
-    void writeNumber(double value);
-    void writeDate(const DateTime& value);
+    void reserve(std::size_t size);
+    void grow(std::size_t size);
+    void put(char c);
+    void put(const char* text, std::size_t length);
+    void put(const std::string& text) { put(text.data(), text.size()); }
+    void putIndent() { put(m_indent); }
+    void putEscaped(const char* value, std::size_t length);
+    void putQuotedName(const std::string& name);
+    void putNumber(int value);
+    void putNumber(double value);
+    void putDate(const DateTime& value);
+    void beginAttribute(const std::string& name);
+    void writeQuotedValue(const char* value, std::size_t length);
+    void writeQuotedAttribute(const std::string& name, const char* value, std::size_t length);
+    void writeTextObject(const std::string& name, const char* value, std::size_t length);
     void writeStringVector(const std::vector<std::string>& values, const std::string& name,
                            bool escape);
     void writeFrameOpen(const std::string& name, char bracket);
     void writeFrameClose(char bracket);
     void flush();
     void write(const char* text, std::size_t length);
-    void write(const std::string& text) { write(text.data(), text.size()); }
 
     int m_level = 0;
     std::string m_indent;
@@ -133,8 +141,11 @@ private:
     bool m_indentOn = true;
     std::ostream* m_out;
     Utf8String* m_transcoder = nullptr;
-    std::string m_buffer;   // text of the operation under way
-    std::string m_escaped;  // escaped text awaiting transcoding
+    std::string m_buffer;      // room for the text of the operation under way
+    char* m_next = nullptr;    // where its next byte goes
+    char* m_limit = nullptr;   // end of the room
+    std::string m_escaped;     // escaped text awaiting transcoding
+    std::string m_transcoded;  // its transcoded form
 };
 
 }  // namespace Corvane::Soa::Common::Xml
