@@ -62,7 +62,13 @@ Value& nullStandIn() {
 
 JSONObject::JSONObject() = default;
 
-JSONObject::~JSONObject() = default;
+// Releasing the members reads each value's count: fetching them all first overlaps the cache
+// misses of a large tree instead of taking them one after the other.
+JSONObject::~JSONObject() {
+    for (const Member& member : m_members) {
+        __builtin_prefetch(member.second.get());
+    }
+}
 
 void JSONObject::put(const std::string& key, AutoPtr<Value> value) {
     // Members usually come in key order: appending needs no search.

@@ -8,6 +8,7 @@
 #include <corvane/soa/internal/json/StringValue.hpp>
 
 #include <string>
+#include <utility>
 
 namespace Corvane::Soa::Internal::Json {
 
@@ -40,6 +41,7 @@ void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
 }
 
 StringValue::StringValue(const std::string& value) : m_value(value) {}
+StringValue::StringValue(std::string&& value) noexcept : m_value(std::move(value)) {}
 StringValue::~StringValue() = default;
 void StringValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
@@ -49,6 +51,8 @@ void StringValue::serialize(int /*level*/, std::ostream& os) const {
 
 DateValue::DateValue(const Common::DateTime& value)
     : m_value(value), m_text(lexical_cast<std::string, Common::DateTime>(value)) {}
+DateValue::DateValue(const Common::DateTime& value, std::string text)
+    : m_value(value), m_text(std::move(text)) {}
 DateValue::~DateValue() = default;
 // The wire text of a date holds nothing that needs escaping.
 void DateValue::serialize(int /*level*/, std::ostream& os) const {

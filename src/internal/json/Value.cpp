@@ -1,5 +1,7 @@
 #include <corvane/soa/internal/json/Value.hpp>
 
+#include "internal/json/ValuePool.hpp"
+
 #include <array>
 #include <new>
 #include <vector>
@@ -8,36 +10,112 @@ namespace Corvane::Soa::Internal::Json {
 
 Value::~Value() = default;
 
+void* Value::operator new(std::size_t size) { return ValuePool::allocate(size); }
+
+void* Value::operator new(std::size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+}
+
+void Value::operator delete(void* block, std::size_t size) noexcept {
+    ValuePool::deallocate(block, size);
+}
+
+void Value::operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept {
+    ::operator delete(block, size, alignment);
+}
+
+namespace {
+
+// The containers waiting to be destroyed, last in first out, in blocks of the value pool: a
+// wide array queues all its child containers at once, and blocks of the pool cost no heap call.
+class PendingQueue {
+public:
+    PendingQueue() = default;
+    PendingQueue(const PendingQueue&) = delete;
+    PendingQueue& operator=(const PendingQueue&) = delete;
+    ~PendingQueue() {
+        release(m_top);
+        release(m_spare);
+    }
+
+    // False when no block could be had for it.
+    bool push(Value* value) noexcept {
+        if (m_top == nullptr || m_top->count == Node::kCapacity) {
+            Node* node = m_spare;
+            m_spare = nullptr;
+            if (node == nullptr) {
+                try {
+                    node = static_cast<Node*>(ValuePool::allocate(sizeof(Node)));
+                } catch (const std::bad_alloc&) {
+                    return false;
+                }
+            }
+            node->below = m_top;
+            node->count = 0;
+            m_top = node;
+        }
+        m_top->items[m_top->count++] = value;
+        return true;
+    }
+
+    Value* pop() noexcept {
+        while (m_top != nullptr && m_top->count == 0) {
+            Node* empty = m_top;
+            m_top = empty->below;
+            release(m_spare);
+            m_spare = empty;
+            m_spare->below = nullptr;
+        }
+        return m_top != nullptr ? m_top->items[--m_top->count] : nullptr;
+    }
+
+private:
+    struct Node {
+        static constexpr std::size_t kCapacity = 14;
+        Node* below;
+        std::size_t count;
+        Value* items[kCapacity];
+    };
+    static_assert(sizeof(Node) <= ValuePool::kLargest, "a node is one block of the pool");
+
+    static void release(Node* node) noexcept {
+        while (node != nullptr) {
+            Node* below = node->below;
+            ValuePool::deallocate(node, sizeof(Node));
+            node = below;
+        }
+    }
+
+    Node* m_top = nullptr;
+    Node* m_spare = nullptr;  // kept back so that a queue going up and down a block boundary
+                              // does not take and give back a block each time
+};
+
+}  // namespace
+
 // A container's destructor releases its children, and a child container whose last holder that
 // was would be destroyed inside it: a deep tree would recurse as deep as it is. Instead, while one
 // destruction runs on this thread, containers that reach a count of zero wait in its queue and
 // are destroyed one after the other at the outermost level.
 void Value::destroy(Value* value) noexcept {
-    thread_local std::vector<Value*>* pending = nullptr;
+    thread_local PendingQueue* pending = nullptr;
     const ValueType type = value->getType();
-    const bool container = type == ARRAY || type == OBJECT;
+    // A scalar releases nothing that could recurse.
+    if (type != ARRAY && type != OBJECT) {
+        delete value;
+        return;
+    }
     if (pending != nullptr) {
-        if (container) {
-            try {
-                pending->push_back(value);
-                return;
-            } catch (const std::bad_alloc&) {
-                // No room to queue it: destroy it here, recursing one level deeper.
-            }
+        if (!pending->push(value)) {
+            // No room to queue it: destroy it here, recursing one level deeper.
+            delete value;
         }
-        delete value;
         return;
     }
-    if (!container) {
-        delete value;
-        return;
-    }
-    std::vector<Value*> queue;
+    PendingQueue queue;
     pending = &queue;
     delete value;
-    while (!queue.empty()) {
-        Value* next = queue.back();
-        queue.pop_back();
+    while (Value* next = queue.pop()) {
         delete next;
     }
     pending = nullptr;

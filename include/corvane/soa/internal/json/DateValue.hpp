@@ -8,6 +8,8 @@
 
 namespace Corvane::Soa::Internal::Json {
 
+class Parser;
+
 /// A JSON string that has the shape of a date, read as a `DateTime`; it keeps the date's wire
 /// text, made once when the value is built, and prints that text.
 class CORVANE_SOA_API DateValue : public Value {
@@ -27,6 +29,11 @@ protected:
     void serialize(int level, std::ostream& os) const override;
 
 private:
+    friend class Parser;
+
+    /// `text` must be the wire text of `value`.
+    DateValue(const Common::DateTime& value, std::string text);
+
     Common::DateTime m_value;
     std::string m_text;
 };

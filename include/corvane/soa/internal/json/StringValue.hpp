@@ -11,6 +11,7 @@ namespace Corvane::Soa::Internal::Json {
 class CORVANE_SOA_API StringValue : public Value {
 public:
     explicit StringValue(const std::string& value);
+    explicit StringValue(std::string&& value) noexcept;
     ~StringValue() override;
 
     bool isEmpty() const override { return false; }

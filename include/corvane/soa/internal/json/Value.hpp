@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <ostream>
 #include <string>
 
@@ -19,6 +20,10 @@ class JSONArray;
 ///
 /// Destroying a tree never recurses, however deep it is: containers whose last holder lets go
 /// are taken apart one at a time.
+///
+/// Values of up to 128 bytes are allocated from a pool of blocks kept for values, not from the
+/// global heap: building and releasing a large tree costs no heap call per value. A value may be
+/// released on another thread than the one that made it.
 class CORVANE_SOA_API Value {
 public:
     /// Kinds of values; the numbers are fixed.
@@ -41,6 +46,13 @@ public:
     virtual bool isEmpty() const = 0;
     virtual std::size_t size() const = 0;
     virtual ValueType getType() const = 0;
+
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, std::align_val_t alignment);
+    static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
+    static void operator delete(void* block, std::size_t size) noexcept;
+    static void operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept;
+    static void operator delete(void* /*block*/, void* /*place*/) noexcept {}
 
     void ref() noexcept { ++m_refCount; }
     void unref() noexcept {
