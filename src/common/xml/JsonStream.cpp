@@ -40,20 +40,19 @@ std::vector<std::string>& sIndents() {
 
 const char* boolText(bool value) { return value ? "true" : "false"; }
 
-// The put area of any stream buffer, reached as sputc reaches it: an operation's text that fits
-// in the room left there is copied in place, without the virtual call of sputn.
+// The put area of any stream buffer, reached as sputc reaches it. An operation writes its text
+// straight into the room left there and makes it part of the stream's content only at its end
+// (`pbump`); text past the put pointer is not yet written, so a failed operation leaves none.
 struct PutArea : std::streambuf {
-    static bool tryCopy(std::streambuf* buffer, const char* text, std::size_t length) {
-        char* const next = (buffer->*&PutArea::pptr)();
-        if (static_cast<std::size_t>((buffer->*&PutArea::epptr)() - next) < length ||
-            length > INT_MAX) {
-            return false;
-        }
-        std::memcpy(next, text, length);
+    static char* next(std::streambuf* buffer) { return (buffer->*&PutArea::pptr)(); }
+    static char* end(std::streambuf* buffer) { return (buffer->*&PutArea::epptr)(); }
+    static void advance(std::streambuf* buffer, std::size_t length) {
         (buffer->*&PutArea::pbump)(static_cast<int>(length));
-        return true;
     }
 };
+
+// Below this much room the operation is assembled in the stream's own buffer instead.
+constexpr std::ptrdiff_t kLeastDirectRoom = 64;
 
 }  // namespace
 
@@ -62,8 +61,6 @@ JsonStream::JsonStream(std::ostream* out) : JsonStream(out, nullptr) {}
 JsonStream::JsonStream(std::ostream* out, Utf8String* transcoder)
     : m_indent(sIndents().front()), m_out(out), m_transcoder(transcoder) {
     m_buffer.resize(kInitialRoom);
-    m_next = m_buffer.data();
-    m_limit = m_next + m_buffer.size();
 }
 
 JsonStream::~JsonStream() = default;
@@ -80,19 +77,39 @@ void JsonStream::write(const char* text, std::size_t length) {
         m_out->setstate(std::ios_base::badbit);
         return;
     }
-    if (PutArea::tryCopy(buffer, text, length)) {
-        return;
-    }
     const auto wanted = static_cast<std::streamsize>(length);
     if (buffer->sputn(text, wanted) != wanted) {
         m_out->setstate(std::ios_base::badbit);
     }
 }
 
-void JsonStream::flush() {
+// Starts an operation: its text goes into the output's put area when there is room, else into
+// `m_buffer`.
+void JsonStream::begin() {
+    std::streambuf* buffer = m_out != nullptr && m_out->good() ? m_out->rdbuf() : nullptr;
+    if (buffer != nullptr) {
+        char* const next = PutArea::next(buffer);
+        const std::ptrdiff_t room = std::min<std::ptrdiff_t>(PutArea::end(buffer) - next, INT_MAX);
+        if (next != nullptr && room >= kLeastDirectRoom) {
+            m_direct = buffer;
+            m_next = next;
+            m_limit = next + room;
+            return;
+        }
+    }
+    m_direct = nullptr;
+    m_next = m_buffer.data();
+    m_limit = m_next + m_buffer.size();
+}
+
+// Ends an operation: its text becomes part of the output in one piece.
+void JsonStream::commit() {
+    if (m_direct != nullptr) {
+        PutArea::advance(m_direct, static_cast<std::size_t>(m_next - PutArea::next(m_direct)));
+        return;
+    }
     char* const begin = m_buffer.data();
     write(begin, static_cast<std::size_t>(m_next - begin));
-    m_next = begin;
 }
 
 JsonStream& JsonStream::operator<<(const char* text) {
@@ -115,9 +132,18 @@ void JsonStream::reserve(std::size_t size) {
     }
 }
 
+// More room than is left: an operation under way in the put area moves what it has written so
+// far to `m_buffer` and goes on there.
 void JsonStream::grow(std::size_t size) {
-    const auto used = static_cast<std::size_t>(m_next - m_buffer.data());
-    m_buffer.resize(std::max(2 * m_buffer.size(), used + size));
+    const char* const begin = m_direct != nullptr ? PutArea::next(m_direct) : m_buffer.data();
+    const auto used = static_cast<std::size_t>(m_next - begin);
+    if (m_buffer.size() < used + size) {
+        m_buffer.resize(std::max(2 * m_buffer.size(), used + size));
+    }
+    if (m_direct != nullptr) {
+        std::memcpy(m_buffer.data(), begin, used);
+        m_direct = nullptr;
+    }
     m_next = m_buffer.data() + used;
     m_limit = m_buffer.data() + m_buffer.size();
 }
@@ -175,12 +201,7 @@ void JsonStream::putEscaped(const char* value, std::size_t length) {
     m_escaped.clear();
     appendJsonString(m_escaped, value, length);
     m_transcoded.clear();
-    try {
-        m_transcoder->encode(m_escaped, m_transcoded);
-    } catch (...) {
-        m_next = m_buffer.data();  // the failed operation leaves no text behind
-        throw;
-    }
+    m_transcoder->encode(m_escaped, m_transcoded);  // a failure leaves the operation unwritten
     put(m_transcoded);
 }
 
@@ -214,16 +235,18 @@ void JsonStream::putDate(const DateTime& value) {
 // ---- objects, arrays, maps ----
 
 void JsonStream::writeObjectOpen() {
+    begin();
     separator();
     putIndent();
     put('{');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
-    flush();
+    commit();
 }
 
 void JsonStream::writeObjectOpen(const std::string& qualifiedName) {
+    begin();
     separator();
     putIndent();
     put('{');
@@ -237,50 +260,55 @@ void JsonStream::writeObjectOpen(const std::string& qualifiedName) {
         putEscaped(qualifiedName.data(), qualifiedName.size());
         put('"');
     }
-    flush();
+    commit();
 }
 
 void JsonStream::writeObjectClose() {
+    begin();
     lowerLevel();
     put('\n');
     putIndent();
     put('}');
     m_needComma = true;
-    flush();
+    commit();
 }
 
 void JsonStream::writeArrayOpen() {
+    begin();
     separator();
     putIndent();
     put('[');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
-    flush();
+    commit();
 }
 
 void JsonStream::writeArrayClose() {
+    begin();
     lowerLevel();
     put('\n');
     putIndent();
     put(']');
     m_needComma = true;
-    flush();
+    commit();
 }
 
 void JsonStream::writeMapOpen() {
+    begin();
     separator();
     putIndent();
     put('[');
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
-    flush();
+    commit();
 }
 
 // Opens with a brace, while writeMapClose closes with a bracket: readers of this output expect
 // exactly that pair.
 void JsonStream::writeMapOpen(const std::string& key) {
+    begin();
     separator();
     putIndent();
     put('"');
@@ -290,7 +318,7 @@ void JsonStream::writeMapOpen(const std::string& key) {
     put('{');
     m_needComma = false;
     raiseLevel();
-    flush();
+    commit();
 }
 
 void JsonStream::writeMapClose() { writeArrayClose(); }
@@ -298,16 +326,18 @@ void JsonStream::writeMapClose() { writeArrayClose(); }
 // ---- keys and values ----
 
 void JsonStream::writeKey(const std::string& key) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
     }
     putQuotedName(key);
     m_needComma = false;
-    flush();
+    commit();
 }
 
 void JsonStream::writeKey(int key) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
@@ -316,7 +346,7 @@ void JsonStream::writeKey(int key) {
     putNumber(key);
     put("\":", 2);
     m_needComma = false;
-    flush();
+    commit();
 }
 
 void JsonStream::writeValue(const std::string& value) {
@@ -328,6 +358,7 @@ void JsonStream::writeValue(const char* value) {
 }
 
 void JsonStream::writeQuotedValue(const char* value, std::size_t length) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
@@ -335,10 +366,11 @@ void JsonStream::writeQuotedValue(const char* value, std::size_t length) {
     put('"');
     putEscaped(value, length);
     put('"');
-    flush();
+    commit();
 }
 
 void JsonStream::writeEncodedValue(const std::string& value) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
@@ -346,45 +378,49 @@ void JsonStream::writeEncodedValue(const std::string& value) {
     put('"');
     put(value);
     put('"');
-    flush();
+    commit();
 }
 
 void JsonStream::writeValue(bool value) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
     }
     put(boolText(value), value ? 4 : 5);
-    flush();
+    commit();
 }
 
 void JsonStream::writeValue(int value) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
     }
     putNumber(value);
-    flush();
+    commit();
 }
 
 void JsonStream::writeValue(float value) { writeValue(static_cast<double>(value)); }
 
 void JsonStream::writeValue(double value) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
     }
     putNumber(value);
-    flush();
+    commit();
 }
 
 void JsonStream::writeValue(const DateTime& value) {
+    begin();
     separator();
     if (m_indentOn) {
         putIndent();
     }
     putDate(value);
-    flush();
+    commit();
 }
 
 // The object's own first token (its opening brace) writes the separator; one written here as
@@ -395,6 +431,7 @@ void JsonStream::writeValue(const BaseObject& value) { value.writeJSON(this); }
 
 // The separator, the indent (always, whatever indentOn says) and "name":.
 void JsonStream::beginAttribute(const std::string& name) {
+    begin();
     separator();
     putIndent();
     putQuotedName(name);
@@ -418,7 +455,7 @@ void JsonStream::writeQuotedAttribute(const std::string& name, const char* value
     put('"');
     putEscaped(value, length);
     put('"');
-    flush();
+    commit();
 }
 
 void JsonStream::writeAttribute(const std::string& name, bool value, bool present) {
@@ -427,7 +464,7 @@ void JsonStream::writeAttribute(const std::string& name, bool value, bool presen
     }
     beginAttribute(name);
     put(boolText(value), value ? 4 : 5);
-    flush();
+    commit();
 }
 
 void JsonStream::writeAttribute(const std::string& name, int value, bool present) {
@@ -436,7 +473,7 @@ void JsonStream::writeAttribute(const std::string& name, int value, bool present
     }
     beginAttribute(name);
     putNumber(value);
-    flush();
+    commit();
 }
 
 void JsonStream::writeAttribute(const std::string& name, float value, bool present) {
@@ -449,7 +486,7 @@ void JsonStream::writeAttribute(const std::string& name, double value, bool pres
     }
     beginAttribute(name);
     putNumber(value);
-    flush();
+    commit();
 }
 
 void JsonStream::writeAttribute(const std::string& name, const DateTime& value, bool present) {
@@ -458,7 +495,7 @@ void JsonStream::writeAttribute(const std::string& name, const DateTime& value, 
     }
     beginAttribute(name);
     putDate(value);
-    flush();
+    commit();
 }
 
 void JsonStream::writeEncodedAttribute(const std::string& name, const std::string& value) {
@@ -466,7 +503,7 @@ void JsonStream::writeEncodedAttribute(const std::string& name, const std::strin
     put('"');
     put(value);
     put('"');
-    flush();
+    commit();
 }
 
 // ---- one-member objects on one line ----
@@ -484,6 +521,7 @@ void JsonStream::writeObject(const std::string& name, const char* value, bool pr
 }
 
 void JsonStream::writeTextObject(const std::string& name, const char* value, std::size_t length) {
+    begin();
     separator();
     putIndent();
     put("{\"", 2);
@@ -491,13 +529,14 @@ void JsonStream::writeTextObject(const std::string& name, const char* value, std
     put("\":\"", 3);
     put(value, length);
     put("\"}", 2);
-    flush();
+    commit();
 }
 
 void JsonStream::writeObject(const std::string& name, bool value, bool present) {
     if (!present) {
         return;
     }
+    begin();
     separator();
     putIndent();
     put("{\"", 2);
@@ -505,12 +544,13 @@ void JsonStream::writeObject(const std::string& name, bool value, bool present) 
     put("\":", 2);
     put(boolText(value), value ? 4 : 5);
     put('}');
-    flush();
+    commit();
 }
 
 void JsonStream::writeCommaAndLineFeed() {
+    begin();
     separator();
-    flush();
+    commit();
 }
 
 // ---- collections ----
@@ -518,6 +558,7 @@ void JsonStream::writeCommaAndLineFeed() {
 // "name":, a line feed, then the bracket one level in; the items follow a level deeper. The
 // text is handed over before the items write themselves.
 void JsonStream::writeFrameOpen(const std::string& name, char bracket) {
+    begin();
     separator();
     putIndent();
     put('"');
@@ -527,15 +568,16 @@ void JsonStream::writeFrameOpen(const std::string& name, char bracket) {
     put(bracket);
     m_needComma = false;
     raiseLevel();
-    flush();
+    commit();
 }
 
 void JsonStream::writeFrameClose(char bracket) {
+    begin();
     lowerLevel();
     put('\n');
     putIndent();
     put(bracket);
-    flush();
+    commit();
 }
 
 void JsonStream::writeVector(const std::vector<BaseObject*>& items, const std::string& name) {
@@ -613,7 +655,7 @@ void JsonStream::writeStringVector(const std::vector<std::string>& values, const
         put('"');
     }
     put(']');
-    flush();
+    commit();
 }
 
 void JsonStream::writeEncodedVector(const std::vector<std::string>& values,

@@ -228,12 +228,20 @@ TEST_F(JsonStreamTest, EscapingMatchesToJsonStringForLongAndMixedTexts) {
         const char c = static_cast<char>(byte);
         texts.push_back(std::string(20, 'x') + c + std::string(17, c) + "y");
     }
+    // Each text alone, and all of them through one stream, so that operations start in the
+    // output's put area and some outgrow the room left there.
+    texts.push_back(std::string(100000, '/'));
+    std::string all;
+    JsonStream shared(&out);
     for (const std::string& text : texts) {
         std::ostringstream one;
         JsonStream stream(&one);
         stream.writeValue(text);
         EXPECT_EQ(one.str(), quoted(toJsonString(text))) << text;
+        shared.writeValue(text);
+        all += (all.empty() ? "" : ",") + quoted(toJsonString(text));
     }
+    EXPECT_EQ(out.str(), all);
 }
 
 TEST_F(JsonStreamTest, DoubleBytePageLeavesTheTrailByteAlone) {

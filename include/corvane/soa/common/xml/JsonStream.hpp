@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <ostream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -104,10 +105,13 @@ public:
     CORVANE_SOA_ACCOUNTED_ALLOCATION("JsonStream")
 
 private:
-    // Every operation assembles its text in `m_buffer` through the raw cursor `m_next` and hands
-    // it to the output stream's buffer in one piece at its end (`flush`), so that text written
-    // to the same std::ostream between two operations stays in order and a failed operation
-    // leaves nothing behind.
+    // Every operation writes its text through the raw cursor `m_next`: straight into the output
+    // stream's put area when there is room, else into `m_buffer`. It becomes part of the output
+    // in one piece at the operation's end (`commit`), so that text written to the same
+    // std::ostream between two operations stays in order and a failed operation leaves nothing
+    // behind.
+    void begin();
+    void commit();
     void separator();
     void raiseLevel();
     void lowerLevel();
@@ -130,7 +134,6 @@ private:
                            bool escape);
     void writeFrameOpen(const std::string& name, char bracket);
     void writeFrameClose(char bracket);
-    void flush();
     void write(const char* text, std::size_t length);
 
     int m_level = 0;
@@ -141,11 +144,12 @@ private:
     bool m_indentOn = true;
     std::ostream* m_out;
     Utf8String* m_transcoder = nullptr;
-    std::string m_buffer;      // room for the text of the operation under way
-    char* m_next = nullptr;    // where its next byte goes
-    char* m_limit = nullptr;   // end of the room
-    std::string m_escaped;     // escaped text awaiting transcoding
-    std::string m_transcoded;  // its transcoded form
+    std::string m_buffer;                // room for an operation's text when the output has none
+    std::streambuf* m_direct = nullptr;  // the output buffer the operation writes in, if any
+    char* m_next = nullptr;              // where the operation's next byte goes
+    char* m_limit = nullptr;             // end of its room
+    std::string m_escaped;               // escaped text awaiting transcoding
+    std::string m_transcoded;            // its transcoded form
 };
 
 }  // namespace Corvane::Soa::Common::Xml
