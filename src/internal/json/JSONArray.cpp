@@ -39,19 +39,13 @@ JSONArray::JSONArray() = default;
 
 // As for objects: the elements' counts are fetched before they are released one by one.
 JSONArray::~JSONArray() {
-    for (const AutoPtr<Value>& value : m_values) {
-        __builtin_prefetch(value.get());
+    for (const Element& element : m_elements) {
+        __builtin_prefetch(element.value.get());
     }
 }
 
 void JSONArray::append(ValueType kind, AutoPtr<Value> value) {
-    m_kinds.push_back(kind);
-    try {
-        m_values.push_back(std::move(value));
-    } catch (...) {
-        m_kinds.pop_back();
-        throw;
-    }
+    m_elements.push_back(Element{std::move(value), kind});
 }
 
 void JSONArray::add(bool value) { append(BOOLEAN, new BooleanValue(value)); }
@@ -72,32 +66,34 @@ void JSONArray::add(const char* value) {
 }
 
 void JSONArray::checkIndex(std::size_t index) const {
-    if (index >= m_values.size()) {
+    if (index >= m_elements.size()) {
         throw IndexOutOfRangeException("The index " + std::to_string(index) +
                                        " is out of range for the number of values in this "
                                        "JSONArray(" +
-                                       std::to_string(m_values.size()) + ").");
+                                       std::to_string(m_elements.size()) + ").");
     }
 }
 
-Value::ValueType JSONArray::getValueType(std::size_t index) const { return m_kinds.at(index); }
+Value::ValueType JSONArray::getValueType(std::size_t index) const {
+    return m_elements.at(index).kind;
+}
 
 bool JSONArray::isNull(std::size_t index) const {
     checkIndex(index);
-    return typeOf(m_values[index].get()) == NULL_VALUE;
+    return typeOf(m_elements[index].value.get()) == NULL_VALUE;
 }
 
 AutoPtr<Value> JSONArray::getValue(std::size_t index) const {
     checkIndex(index);
-    return m_values[index];
+    return m_elements[index].value;
 }
 
 bool JSONArray::getBoolean(std::size_t index) const {
     checkIndex(index);
-    if (m_kinds[index] != BOOLEAN) {
-        throwEstablished(m_kinds[index]);
+    if (m_elements[index].kind != BOOLEAN) {
+        throwEstablished(m_elements[index].kind);
     }
-    const Value* value = m_values[index].get();
+    const Value* value = m_elements[index].value.get();
     if (typeOf(value) != BOOLEAN) {
         throwNull();
     }
@@ -106,11 +102,11 @@ bool JSONArray::getBoolean(std::size_t index) const {
 
 DateTime JSONArray::getDate(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_kinds[index];
+    const ValueType kind = m_elements[index].kind;
     if (kind != DATE && kind != STRING) {
         throwEstablished(kind);
     }
-    const Value* value = m_values[index].get();
+    const Value* value = m_elements[index].value.get();
     switch (typeOf(value)) {
         case DATE:
             return static_cast<const DateValue*>(value)->getValue();
@@ -124,11 +120,11 @@ DateTime JSONArray::getDate(std::size_t index) const {
 
 double JSONArray::getDouble(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_kinds[index];
+    const ValueType kind = m_elements[index].kind;
     if (kind != DOUBLE && kind != INTEGER) {
         throwEstablished(kind);
     }
-    const Value* value = m_values[index].get();
+    const Value* value = m_elements[index].value.get();
     switch (typeOf(value)) {
         case DOUBLE:
             return static_cast<const DoubleValue*>(value)->getValue();
@@ -141,10 +137,10 @@ double JSONArray::getDouble(std::size_t index) const {
 
 int JSONArray::getInteger(std::size_t index) const {
     checkIndex(index);
-    if (m_kinds[index] != INTEGER) {
-        throwEstablished(m_kinds[index]);
+    if (m_elements[index].kind != INTEGER) {
+        throwEstablished(m_elements[index].kind);
     }
-    const Value* value = m_values[index].get();
+    const Value* value = m_elements[index].value.get();
     if (typeOf(value) != INTEGER) {
         throwNull();
     }
@@ -153,10 +149,10 @@ int JSONArray::getInteger(std::size_t index) const {
 
 AutoPtr<JSONArray> JSONArray::getJSONArray(std::size_t index) const {
     checkIndex(index);
-    if (m_kinds[index] != ARRAY) {
-        throwEstablished(m_kinds[index]);
+    if (m_elements[index].kind != ARRAY) {
+        throwEstablished(m_elements[index].kind);
     }
-    Value* value = m_values[index].get();
+    Value* value = m_elements[index].value.get();
     if (typeOf(value) != ARRAY) {
         throwNull();
     }
@@ -165,10 +161,10 @@ AutoPtr<JSONArray> JSONArray::getJSONArray(std::size_t index) const {
 
 AutoPtr<JSONObject> JSONArray::getJSONObject(std::size_t index) const {
     checkIndex(index);
-    if (m_kinds[index] != OBJECT) {
-        throwEstablished(m_kinds[index]);
+    if (m_elements[index].kind != OBJECT) {
+        throwEstablished(m_elements[index].kind);
     }
-    Value* value = m_values[index].get();
+    Value* value = m_elements[index].value.get();
     if (typeOf(value) != OBJECT) {
         throwNull();
     }
@@ -177,11 +173,11 @@ AutoPtr<JSONObject> JSONArray::getJSONObject(std::size_t index) const {
 
 const std::string& JSONArray::getString(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_kinds[index];
+    const ValueType kind = m_elements[index].kind;
     if (kind != STRING && kind != DATE) {
         throwEstablished(kind);
     }
-    const Value* value = m_values[index].get();
+    const Value* value = m_elements[index].value.get();
     switch (typeOf(value)) {
         case STRING:
             return static_cast<const StringValue*>(value)->getValue();
@@ -197,17 +193,17 @@ void JSONArray::serializeDocument(std::ostream& os) const { serialize(0, os); }
 // Scalars follow one another on the opening line; each array or object element starts a line
 // of its own. The closing bracket always has a line of its own.
 void JSONArray::serialize(int level, std::ostream& os) const {
-    const std::size_t count = m_values.size();
+    const std::size_t count = m_elements.size();
     os.put('[');
     if (count != 0) {
         const std::string inner = getPadding(level + 1);
         for (std::size_t i = 0; i < count; ++i) {
-            const ValueType kind = m_kinds[i];
+            const ValueType kind = m_elements[i].kind;
             if (kind == ARRAY || kind == OBJECT) {
                 os.put('\n');
                 os << inner;
             }
-            const Value* value = m_values[i].get();
+            const Value* value = m_elements[i].value.get();
             if (value == nullptr) {
                 os.write("null", 4);
             } else {

@@ -43,15 +43,12 @@ using ::Corvane::Soa::Common::Xml::Utf8String;
 namespace {
 
 using Internal::Common::LocalZone;
-using Member = JSONObject::Member;
 
 bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
 
 bool isNumberByte(char c) {
     return isDigit(c) || c == '+' || c == '-' || c == '.' || c == 'e' || c == 'E';
 }
-
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 // The end of a run of ' ' starting at `p` (indentation, mostly).
 const char* skipSpaces(const char* p, const char* end) {
@@ -72,61 +69,155 @@ const char* skipSpaces(const char* p, const char* end) {
     return p;
 }
 
-// Members arrive in document order and the object keeps them sorted by key. Objects are
-// small: insertion sort (stable, like the merge sort taken for large ones) is the quicker there.
-void sortMembers(Member* first, Member* last) {
+// A member read but not yet stored: its key as written, a view of the text, and its value.
+struct PendingMember {
+    const char* key;
+    std::size_t length;
+    AutoPtr<Value> value;
+};
+
+// Byte-wise key order, as std::string's operator< (bytes as unsigned char), deciding most pairs
+// by their first byte without a call.
+bool keyLess(const PendingMember& a, const PendingMember& b) {
+    const std::size_t common = a.length < b.length ? a.length : b.length;
+    if (common != 0 && a.key[0] != b.key[0]) {
+        return static_cast<unsigned char>(a.key[0]) < static_cast<unsigned char>(b.key[0]);
+    }
+    const int order = std::memcmp(a.key, b.key, common);
+    return order != 0 ? order < 0 : a.length < b.length;
+}
+
+bool sameKey(const PendingMember& a, const PendingMember& b) {
+    return a.length == b.length && std::memcmp(a.key, b.key, a.length) == 0;
+}
+
+// Members arrive in document order and the object keeps them sorted by key, a repeated key
+// keeping its last value: the sort must be stable. Objects are small, and insertion sort is the
+// quicker there; large ones take the merge sort.
+void sortMembers(PendingMember* first, PendingMember* last) {
     constexpr std::ptrdiff_t kSmall = 16;
     if (last - first > kSmall) {
-        std::stable_sort(first, last,
-                         [](const Member& a, const Member& b) { return a.first < b.first; });
+        std::stable_sort(first, last, keyLess);
         return;
     }
-    for (Member* it = first + 1; it < last; ++it) {
-        if (!(it->first < (it - 1)->first)) {
+    for (PendingMember* it = first + 1; it < last; ++it) {
+        if (!keyLess(*it, *(it - 1))) {
             continue;
         }
-        Member moving = std::move(*it);
-        Member* hole = it;
+        PendingMember moving = std::move(*it);
+        PendingMember* hole = it;
         do {
             *hole = std::move(*(hole - 1));
             --hole;
-        } while (hole != first && moving.first < (hole - 1)->first);
+        } while (hole != first && keyLess(moving, *(hole - 1)));
         *hole = std::move(moving);
     }
 }
 
-// Within a run of equal keys of sorted members only the last survives; returns how many are
-// kept, at the front of the range.
-std::size_t keepLastOfEqualKeys(Member* first, Member* last) {
-    Member* out = first;
-    for (Member* it = first; it != last; ++it) {
-        if (it + 1 != last && (it + 1)->first == it->first) {
-            continue;
+// Unescapes the raw text of a string: \" \\ \/ \b \f \n \r \t become the byte they name; any
+// other escape, \u included, stays as written, and so does a lone backslash at the end.
+// Unescaping never lengthens the text, so the result is written in place into one allocation.
+std::string unescape(const char* p, const char* end) {
+    std::string out(static_cast<std::size_t>(end - p), '\0');
+    char* o = out.data();
+    while (p != end) {
+        const auto* backslash =
+            static_cast<const char*>(std::memchr(p, '\\', static_cast<std::size_t>(end - p)));
+        if (backslash == nullptr) {
+            std::memcpy(o, p, static_cast<std::size_t>(end - p));
+            o += end - p;
+            break;
         }
-        if (out != it) {
-            *out = std::move(*it);
+        std::memcpy(o, p, static_cast<std::size_t>(backslash - p));
+        o += backslash - p;
+        if (backslash + 1 == end) {
+            *o++ = '\\';
+            break;
         }
-        ++out;
+        const char c = backslash[1];
+        switch (c) {
+            case '"':
+            case '\\':
+            case '/':
+                *o++ = c;
+                break;
+            case 'b':
+                *o++ = '\b';
+                break;
+            case 'f':
+                *o++ = '\f';
+                break;
+            case 'n':
+                *o++ = '\n';
+                break;
+            case 'r':
+                *o++ = '\r';
+                break;
+            case 't':
+                *o++ = '\t';
+                break;
+            default:
+                *o++ = '\\';
+                *o++ = c;
+                break;
+        }
+        p = backslash + 2;
     }
-    return static_cast<std::size_t>(out - first);
+    out.resize(static_cast<std::size_t>(o - out.data()));
+    return out;
 }
 
 int twoDigits(const char* p) { return (p[0] - '0') * 10 + (p[1] - '0'); }
 
+void putTwoDigits(char*& out, int value) {
+    *out++ = static_cast<char>('0' + value / 10);
+    *out++ = static_cast<char>('0' + value % 10);
+}
+
+// The wire text DateTime writes for a date in standard time (not the null date, fields in their
+// usual ranges), made in one allocation of the exact size.
+std::string standardTimeText(const DateTime& value) {
+    char text[19];
+    char* p = text;
+    putTwoDigits(p, value.year() / 100);
+    putTwoDigits(p, value.year() % 100);
+    *p++ = '-';
+    putTwoDigits(p, value.month());
+    *p++ = '-';
+    putTwoDigits(p, value.day());
+    *p++ = 'T';
+    putTwoDigits(p, value.hour());
+    *p++ = ':';
+    putTwoDigits(p, value.minute());
+    *p++ = ':';
+    putTwoDigits(p, value.second());
+    const std::string& offset = LocalZone::standardOffsetText();
+    std::string result;
+    result.reserve(sizeof text + offset.size());
+    result.append(text, sizeof text);
+    result.append(offset);
+    return result;
+}
+
 // Reads the usual wire text of a date, "yyyy-mm-ddThh:mm:ss+hh:mm", exactly as the text
-// constructor of DateTime reads it, without its general scanning. Any other text, one the
-// constructor refuses included, gives false and is left to the constructor.
-bool readUsualDate(const char* p, std::size_t size, DateTime& out) {
-    static constexpr char kShape[] = "dddd-dd-ddTdd:dd:dd+dd:dd";
-    if (size != sizeof kShape - 1) {
+// constructor of DateTime reads it, without its general scanning, and gives the wire text of the
+// result. Any other text, one the constructor refuses included, gives false and is left to the
+// constructor.
+bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& wireText) {
+    // dddd-dd-ddThh:mm:ss+hh:mm
+    if (size != 25) {
         return false;
     }
-    for (std::size_t i = 0; i < size; ++i) {
-        const char want = kShape[i];
-        const char c = p[i];
-        if (want == 'd' ? !isDigit(c) : want == '+' ? (c != '+' && c != '-') : c != want) {
+    static constexpr int kDigits[] = {0,  1,  2,  3,  5,  6,  8,  9,  11,
+                                      12, 14, 15, 17, 18, 20, 21, 23, 24};
+    for (const int i : kDigits) {
+        if (!isDigit(p[i])) {
             return false;
         }
+    }
+    if (p[4] != '-' || p[7] != '-' || p[10] != 'T' || p[13] != ':' || p[16] != ':' ||
+        (p[19] != '+' && p[19] != '-') || p[22] != ':') {
+        return false;
     }
     // The null date is the null date whatever its offset.
     static constexpr char kNullDate[] = "0001-01-01T00:00:00";
@@ -153,12 +244,24 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out) {
     const int magnitude = diff < 0 ? -diff : diff;
     const DateTime shift(0, 0, 0, magnitude / 60, magnitude % 60, 0);
     value = diff < 0 ? value - shift : value + shift;
-    if (LocalZone::isDaylight(value.year(), value.month(), value.day(), value.hour(),
-                              value.minute(), value.second())) {
-        const int daylight = LocalZone::daylightOffset() - LocalZone::standardOffset();
-        value = value + DateTime(0, 0, 0, daylight / 60, daylight % 60, 0);
+    const bool daylight = LocalZone::isDaylight(value.year(), value.month(), value.day(),
+                                                value.hour(), value.minute(), value.second());
+    if (daylight) {
+        const int shiftToDaylight = LocalZone::daylightOffset() - LocalZone::standardOffset();
+        value = value + DateTime(0, 0, 0, shiftToDaylight / 60, shiftToDaylight % 60, 0);
     }
     out = value;
+    // In standard time the daylight decision made above is the one writing would make again.
+    const auto inRange = [](int field, int last) { return field >= 0 && field <= last; };
+    const bool nullDate = value.year() == 1 && value.month() == 1 && value.day() == 1 &&
+                          value.hour() == 0 && value.minute() == 0 && value.second() == 0;
+    if (!daylight && !nullDate && inRange(value.year(), 9999) && inRange(value.month(), 99) &&
+        inRange(value.day(), 99) && inRange(value.hour(), 99) && inRange(value.minute(), 99) &&
+        inRange(value.second(), 99)) {
+        wireText = standardTimeText(value);
+    } else {
+        wireText = value.toString();
+    }
     return true;
 }
 
@@ -203,7 +306,8 @@ private:
     // one line, and the character count starts again after it.
     void trim() {
         const char* p = m_cursor;
-        if (p == m_end || !isBlank(*p)) {
+        // Blanks, tabs and line breaks are all at or below ' '.
+        if (p == m_end || static_cast<unsigned char>(*p) > ' ') {
             return;
         }
         int line = m_line;
@@ -308,7 +412,7 @@ private:
     }
 
     // The cursor is on the opening quote.
-    std::string parseString() {
+    AutoPtr<Value> parseString() {
         advance(1);
         const char* begin = nullptr;
         const char* end = nullptr;
@@ -319,14 +423,12 @@ private:
             m_transcoder.decode(std::string(begin, end), local);
             std::string out;
             appendDecodedJson(out, local.data(), local.size());
-            return out;
+            return AutoPtr<Value>(new StringValue(std::move(out)));
         }
-        if (!escaped) {
-            return std::string(begin, end);
+        if (escaped) {
+            return AutoPtr<Value>(new StringValue(unescape(begin, end)));
         }
-        std::string out;
-        appendDecodedJson(out, begin, static_cast<std::size_t>(end - begin));
-        return out;
+        return AutoPtr<Value>(new StringValue(begin, static_cast<std::size_t>(end - begin)));
     }
 
     // The cursor is on the opening quote of a date-shaped string.
@@ -337,16 +439,37 @@ private:
         scanString(begin, end);
         consumeClosingQuote();
         DateTime value(0, 0, 0, 0, 0, 0);
-        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value)) {
+        std::string text;
+        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value, text)) {
             value = DateTime(std::string(begin, end));
+            text = value.toString();
         }
-        return AutoPtr<Value>(new DateValue(value, value.toString()));
+        return AutoPtr<Value>(new DateValue(value, std::move(text)));
     }
 
     // A run of number bytes; with a '.' or an exponent it is a double, otherwise an integer.
     AutoPtr<Value> parseNumber(Value::ValueType& kind) {
         const char* begin = m_cursor;
         const char* p = m_cursor;
+        // The usual integer, an optional '-' and at most 18 digits, is read in the same pass.
+        {
+            const char* q = p;
+            const bool negative = q != m_end && *q == '-';
+            q += negative ? 1 : 0;
+            const char* digits = q;
+            std::uint64_t magnitude = 0;
+            while (q != m_end && isDigit(*q) && q - digits < 18) {
+                magnitude = magnitude * 10 + static_cast<std::uint64_t>(*q - '0');
+                ++q;
+            }
+            if (q == m_end || !isNumberByte(*q)) {
+                advance(static_cast<std::size_t>(q - begin));
+                kind = Value::INTEGER;
+                const std::uint64_t value = negative ? (~magnitude + 1) : magnitude;
+                return AutoPtr<Value>(
+                    new IntegerValue(static_cast<int>(static_cast<std::uint32_t>(value))));
+            }
+        }
         bool fractional = false;
         for (; p != m_end && isNumberByte(*p); ++p) {
             fractional = fractional || *p == '.' || *p == 'e' || *p == 'E';
@@ -414,7 +537,7 @@ private:
                     return parseDate();
                 }
                 kind = Value::STRING;
-                return AutoPtr<Value>(new StringValue(parseString()));
+                return parseString();
             case '0':
             case '1':
             case '2':
@@ -480,13 +603,12 @@ private:
             trim();
             Value::ValueType kind = Value::UNDETERMINED;
             // The value first: a nested object uses the same stack while it is read. The key is
-            // kept exactly as written, a view of the text until then.
+            // kept exactly as written.
             AutoPtr<Value> value = parseValue(kind);
-            m_members.emplace_back(std::piecewise_construct,
-                                   std::forward_as_tuple(keyBegin, keyEnd),
-                                   std::forward_as_tuple(std::move(value)));
+            m_members.push_back(PendingMember{keyBegin, static_cast<std::size_t>(keyEnd - keyBegin),
+                                              std::move(value)});
             if (ordered && m_members.size() - base > 1) {
-                ordered = m_members[m_members.size() - 2].first < m_members.back().first;
+                ordered = keyLess(m_members[m_members.size() - 2], m_members.back());
             }
             trim();
             if (!at(',')) {
@@ -495,16 +617,22 @@ private:
             advance(1);
         }
         validateToken('}');
-        Member* first = m_members.data() + base;
-        Member* last = m_members.data() + m_members.size();
-        std::size_t kept = m_members.size() - base;
+        PendingMember* first = m_members.data() + base;
+        PendingMember* last = m_members.data() + m_members.size();
         if (!ordered) {
             sortMembers(first, last);
-            kept = keepLastOfEqualKeys(first, last);
         }
+        // Each key is made once, in its place; of a run of equal keys only the last is kept.
         auto& members = object->m_members;
-        members.reserve(kept);
-        members.assign(std::make_move_iterator(first), std::make_move_iterator(first + kept));
+        members.reserve(static_cast<std::size_t>(last - first));
+        for (PendingMember* it = first; it != last; ++it) {
+            if (!ordered && it + 1 != last && sameKey(*it, *(it + 1))) {
+                continue;
+            }
+            members.emplace_back(std::piecewise_construct,
+                                 std::forward_as_tuple(it->key, it->length),
+                                 std::forward_as_tuple(std::move(it->value)));
+        }
         m_members.resize(base);
         --m_depth;
         return object;
@@ -520,14 +648,13 @@ private:
             --m_depth;
             return array;
         }
-        const std::size_t base = m_values.size();
+        const std::size_t base = m_elements.size();
         for (;;) {
             trim();
             Value::ValueType kind = Value::UNDETERMINED;
-            // The value first: a nested array uses the same stacks while it is read.
+            // The value first: a nested array uses the same stack while it is read.
             AutoPtr<Value> value = parseValue(kind);
-            m_kinds.push_back(kind);
-            m_values.push_back(std::move(value));
+            m_elements.push_back(JSONArray::Element{std::move(value), kind});
             trim();
             if (!at(',')) {
                 break;
@@ -535,12 +662,10 @@ private:
             advance(1);
         }
         validateToken(']');
-        const auto first = static_cast<long>(base);
-        array->m_kinds.assign(m_kinds.begin() + first, m_kinds.end());
-        array->m_values.assign(std::make_move_iterator(m_values.begin() + first),
-                               std::make_move_iterator(m_values.end()));
-        m_kinds.resize(base);
-        m_values.resize(base);
+        const auto first = m_elements.begin() + static_cast<std::ptrdiff_t>(base);
+        array->m_elements.assign(std::make_move_iterator(first),
+                                 std::make_move_iterator(m_elements.end()));
+        m_elements.resize(base);
         --m_depth;
         return array;
     }
@@ -553,9 +678,8 @@ private:
     bool m_transcode;
     int m_depth = 0;
     // Members and elements of the open containers, innermost last.
-    std::vector<Member> m_members;
-    std::vector<Value::ValueType> m_kinds;
-    std::vector<AutoPtr<Value>> m_values;
+    std::vector<PendingMember> m_members;
+    std::vector<JSONArray::Element> m_elements;
 };
 
 Parser::Parser() : m_transcoder(std::make_unique<Utf8String>()) {}

@@ -42,6 +42,7 @@ void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
 
 StringValue::StringValue(const std::string& value) : m_value(value) {}
 StringValue::StringValue(std::string&& value) noexcept : m_value(std::move(value)) {}
+StringValue::StringValue(const char* text, std::size_t size) : m_value(text, size) {}
 StringValue::~StringValue() = default;
 void StringValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');

@@ -10,14 +10,8 @@ namespace Corvane::Soa::Internal::Json {
 
 Value::~Value() = default;
 
-void* Value::operator new(std::size_t size) { return ValuePool::allocate(size); }
-
 void* Value::operator new(std::size_t size, std::align_val_t alignment) {
     return ::operator new(size, alignment);
-}
-
-void Value::operator delete(void* block, std::size_t size) noexcept {
-    ValuePool::deallocate(block, size);
 }
 
 void Value::operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept {

@@ -1,5 +1,7 @@
 #include "internal/json/ValuePool.hpp"
 
+#include <corvane/soa/internal/json/Value.hpp>
+
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -190,7 +192,7 @@ thread_local Cache* t_cache CVSOA_POOL_TLS = nullptr;
 // Set once the thread's cache is gone; blocks released later in the thread's end go to the depot.
 thread_local bool t_ended CVSOA_POOL_TLS = false;
 
-Cache* attach() {
+[[gnu::noinline]] Cache* attach() {
     if (t_ended) {
         return nullptr;
     }
@@ -223,20 +225,25 @@ Cache::~Cache() {
     t_ended = true;
 }
 
-// Adds a block to the thread's list of its class; a list that is full becomes the held-back
-// batch, and a batch held back before goes to the depot.
+// Adds a block to the thread's list of its class.
+// The list is full: it becomes the held-back batch, and a batch held back before goes to the
+// depot.
+[[gnu::noinline]] void holdBack(FreeList& list, std::size_t index) {
+    if (list.full != nullptr) {
+        Depot& shared = depot();
+        const std::lock_guard<std::mutex> lock(shared.mutex);
+        setNextBatch(list.full, shared.batches[index]);
+        shared.batches[index] = list.full;
+    }
+    list.full = list.head;
+    list.head = nullptr;
+    list.count = 0;
+}
+
 void push(Cache& cache, std::size_t index, Block* block) {
     FreeList& list = cache.lists[index];
     if (list.count == kBatch) {
-        if (list.full != nullptr) {
-            Depot& shared = depot();
-            const std::lock_guard<std::mutex> lock(shared.mutex);
-            setNextBatch(list.full, shared.batches[index]);
-            shared.batches[index] = list.full;
-        }
-        list.full = list.head;
-        list.head = nullptr;
-        list.count = 0;
+        holdBack(list, index);
     }
     setNext(block, list.head);
     list.head = block;
@@ -245,7 +252,7 @@ void push(Cache& cache, std::size_t index, Block* block) {
 
 // The thread's list of the class is empty: the held-back batch, then the carving region, then a
 // batch or single blocks from the depot, and last a new region.
-Block* refill(Cache& cache, std::size_t index) {
+[[gnu::noinline]] Block* refill(Cache& cache, std::size_t index) {
     FreeList& list = cache.lists[index];
     const std::size_t bytes = index * kGranule;
     if (list.full != nullptr) {
@@ -295,7 +302,7 @@ Block* refill(Cache& cache, std::size_t index) {
     return static_cast<Block*>(cache.region.cut(bytes));
 }
 
-void* allocateShared(std::size_t index) {
+[[gnu::noinline]] void* allocateShared(std::size_t index) {
     Depot& shared = depot();
     const std::lock_guard<std::mutex> lock(shared.mutex);
     if (Block* block = shared.loose[index]) {
@@ -382,6 +389,13 @@ void ValuePool::deallocate(void* block, std::size_t size) noexcept {
         return;
     }
     push(*cache, index, free);
+}
+
+// Defined here, next to the pool, so that the pool's quick paths are compiled into them.
+void* Value::operator new(std::size_t size) { return ValuePool::allocate(size); }
+
+void Value::operator delete(void* block, std::size_t size) noexcept {
+    ValuePool::deallocate(block, size);
 }
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -23,8 +23,8 @@ public:
     ~JSONArray() override;
 
     /// True when the array has at least one element: callers rely on this inverted sense.
-    bool isEmpty() const override { return !m_values.empty(); }
-    std::size_t size() const override { return m_values.size(); }
+    bool isEmpty() const override { return !m_elements.empty(); }
+    std::size_t size() const override { return m_elements.size(); }
     ValueType getType() const override { return ARRAY; }
 
     void add(bool value);
@@ -64,11 +64,16 @@ private:
     friend class Parser;
     friend class Value;
 
+    // An element with the kind recorded for it.
+    struct Element {
+        Common::AutoPtr<Value> value;
+        ValueType kind;
+    };
+
     void append(ValueType kind, Common::AutoPtr<Value> value);
     void checkIndex(std::size_t index) const;
 
-    std::vector<ValueType> m_kinds;
-    std::vector<Common::AutoPtr<Value>> m_values;
+    std::vector<Element> m_elements;
 };
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -3,9 +3,12 @@
 
 #include <corvane/soa/internal/json/Value.hpp>
 
+#include <cstddef>
 #include <string>
 
 namespace Corvane::Soa::Internal::Json {
+
+class Parser;
 
 /// A JSON string, held unescaped in the local code page.
 class CORVANE_SOA_API StringValue : public Value {
@@ -24,6 +27,10 @@ protected:
     void serialize(int level, std::ostream& os) const override;
 
 private:
+    friend class Parser;
+
+    StringValue(const char* text, std::size_t size);
+
     std::string m_value;
 };
 
