@@ -3,24 +3,26 @@
 
 #include <CLI/CLI.hpp>
 
-#include <functional>
-
 namespace cvsoa {
 
 /// Each subcommand lives in a file of its own and registers itself here with a static
 /// `CommandRegistration`; `main` adds them all to the application in ascending `order`, which is
-/// the order `cvsoa --help` lists them in.
+/// the order `cvsoa --help` lists them in. Registering allocates nothing, so it cannot fail
+/// during static initialisation.
 class CommandRegistry {
 public:
-    using AddCommand = std::function<void(CLI::App&)>;
+    using AddCommand = void (*)(CLI::App&);
 
-    static void add(int order, AddCommand addCommand);
+    /// The most subcommands the tool can hold.
+    static constexpr int kCapacity = 32;
+
+    static void add(int order, AddCommand addCommand) noexcept;
     static void addAllTo(CLI::App& app);
 };
 
 struct CommandRegistration {
-    CommandRegistration(int order, CommandRegistry::AddCommand addCommand) {
-        CommandRegistry::add(order, std::move(addCommand));
+    CommandRegistration(int order, CommandRegistry::AddCommand addCommand) noexcept {
+        CommandRegistry::add(order, addCommand);
     }
 };
 

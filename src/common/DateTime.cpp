@@ -281,7 +281,7 @@ std::string DateTime::toString() const {
     }
     std::string result = toString(kWireFormat);
     const std::size_t dash = result.find('-');
-    if (dash != std::string::npos && dash < 4) {
+    if (dash < 4) {  // npos is never below 4
         result.insert(0, 4 - dash, '0');
     }
     return result + offset;
@@ -363,17 +363,17 @@ bool DateTime::operator<(const DateTime& other) const noexcept {
     return false;
 }
 
-DateTime DateTime::operator+(const DateTime& d) const {
-    std::int64_t second = std::int64_t{m_second} + d.m_second;
+DateTime DateTime::operator+(const DateTime& amount) const {
+    std::int64_t second = std::int64_t{m_second} + amount.m_second;
     std::int64_t carry = second / 60;
     second -= carry * 60;
-    std::int64_t minute = std::int64_t{m_minute} + d.m_minute + carry;
+    std::int64_t minute = std::int64_t{m_minute} + amount.m_minute + carry;
     carry = minute / 60;
     minute -= carry * 60;
-    std::int64_t hour = std::int64_t{m_hour} + d.m_hour + carry;
+    std::int64_t hour = std::int64_t{m_hour} + amount.m_hour + carry;
     carry = hour / 24;
     hour -= carry * 24;
-    std::int64_t day = std::int64_t{m_day} + d.m_day + carry;
+    std::int64_t day = std::int64_t{m_day} + amount.m_day + carry;
     std::int64_t m = m_month;
     std::int64_t y = m_year;
     while (day > monthLength(m, y)) {
@@ -389,8 +389,8 @@ DateTime DateTime::operator+(const DateTime& d) const {
             m -= 12;
         }
     }
-    m += d.m_month;
-    std::int64_t year = std::int64_t{d.m_year} + y;
+    m += amount.m_month;
+    std::int64_t year = std::int64_t{amount.m_year} + y;
     if (m >= 13) {
         const std::int64_t k = (m - 13) / 12 + 1;
         m -= 12 * k;
@@ -401,29 +401,29 @@ DateTime DateTime::operator+(const DateTime& d) const {
     return result;
 }
 
-DateTime DateTime::operator-(const DateTime& d) const {
+DateTime DateTime::operator-(const DateTime& amount) const {
     std::int64_t minuteOfA = m_minute;
     std::int64_t hourOfA = m_hour;
     std::int64_t dayOfA = m_day;
-    std::int64_t second = std::int64_t{m_second} - d.m_second;
+    std::int64_t second = std::int64_t{m_second} - amount.m_second;
     if (second < 0) {
         const std::int64_t k = (-second - 1) / 60 + 1;
         second += 60 * k;
         minuteOfA -= k;
     }
-    std::int64_t minute = minuteOfA - d.m_minute;
+    std::int64_t minute = minuteOfA - amount.m_minute;
     if (minute < 0) {
         const std::int64_t k = (-minute - 1) / 60 + 1;
         minute += 60 * k;
         hourOfA -= k;
     }
-    std::int64_t hour = hourOfA - d.m_hour;
+    std::int64_t hour = hourOfA - amount.m_hour;
     if (hour < 0) {
         const std::int64_t k = (-hour - 1) / 24 + 1;
         hour += 24 * k;
         dayOfA -= k;
     }
-    std::int64_t day = dayOfA - d.m_day;
+    std::int64_t day = dayOfA - amount.m_day;
     std::int64_t m = m_month;
     std::int64_t y = m_year;
     while (day < 1) {
@@ -440,12 +440,12 @@ DateTime DateTime::operator-(const DateTime& d) const {
         day += monthLength(m, y);
     }
     const std::int64_t monthBefore = m;
-    m -= d.m_month;
-    std::int64_t year = y - d.m_year;
+    m -= amount.m_month;
+    std::int64_t year = y - amount.m_year;
     if (m < 1) {
-        const std::int64_t k = (std::int64_t{d.m_month} - monthBefore) / 12 + 1;
-        m = monthBefore - d.m_month + 12 * k;
-        year = y - k - d.m_year;
+        const std::int64_t k = (std::int64_t{amount.m_month} - monthBefore) / 12 + 1;
+        m = monthBefore - amount.m_month + 12 * k;
+        year = y - k - amount.m_year;
     }
     DateTime result(0, 0, 0, 0, 0, 0);
     result.init(wrap(year), wrap(m), wrap(day), wrap(hour), wrap(minute), wrap(second));

@@ -135,13 +135,14 @@ void JsonStream::reserve(std::size_t size) {
 // More room than is left: an operation under way in the put area moves what it has written so
 // far to `m_buffer` and goes on there.
 void JsonStream::grow(std::size_t size) {
-    const char* const begin = m_direct != nullptr ? PutArea::next(m_direct) : m_buffer.data();
-    const auto used = static_cast<std::size_t>(m_next - begin);
+    std::streambuf* const direct = m_direct;
+    const auto used = static_cast<std::size_t>(
+        m_next - (direct != nullptr ? PutArea::next(direct) : m_buffer.data()));
     if (m_buffer.size() < used + size) {
         m_buffer.resize(std::max(2 * m_buffer.size(), used + size));
     }
-    if (m_direct != nullptr) {
-        std::memcpy(m_buffer.data(), begin, used);
+    if (direct != nullptr) {
+        std::memcpy(m_buffer.data(), PutArea::next(direct), used);
         m_direct = nullptr;
     }
     m_next = m_buffer.data() + used;

@@ -105,7 +105,7 @@ int lexical_cast<int, std::string>(const std::string& text) {
         return 0;
     }
     NumericLocale locale;
-    // strtol gives a long; like the 32-bit original, the result keeps its low 32 bits.
+    // strtol gives a long; the result keeps its low 32 bits.
     const long parsed = std::strtol(text.c_str(), nullptr, 10);
     const int value = static_cast<int>(static_cast<unsigned long>(parsed) & 0xFFFFFFFFUL);
     if (value != 0) {

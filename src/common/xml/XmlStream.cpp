@@ -53,7 +53,9 @@ bool XmlStream::addNamespace(const std::string& uri) {
     return true;
 }
 
-void XmlStream::addNamespaces(std::set<std::string> uris) {
+// The interface takes the set by value, as callers hand over a copy.
+void XmlStream::addNamespaces(
+    std::set<std::string> uris) {  // NOLINT(performance-unnecessary-value-param)
     for (const std::string& uri : uris) {
         addNamespace(uri);
     }

@@ -13,8 +13,9 @@
 
 namespace Corvane::Soa::Common::Xml {
 
-const std::string XmlUtil::sXmlContent = "XML";
-const std::string XmlUtil::sJsonContent = "JSON";
+// Two short texts: building them cannot run out of memory in any process that gets this far.
+const std::string XmlUtil::sXmlContent = "XML";    // NOLINT(cert-err58-cpp)
+const std::string XmlUtil::sJsonContent = "JSON";  // NOLINT(cert-err58-cpp)
 
 namespace {
 char firstCharacter(const std::string& text) {

@@ -42,7 +42,9 @@ public:
     }
 
     AutoPtr& operator=(const AutoPtr& other) {
-        AutoPtr(other).swap(*this);
+        if (this != &other) {
+            AutoPtr(other).swap(*this);
+        }
         return *this;
     }
     AutoPtr& operator=(AutoPtr&& other) noexcept {

@@ -20,7 +20,7 @@ namespace Corvane::Soa::Common::Xml {
 /// -2147483648, unknown boolean text gives false, and the floating-point parsers take whatever
 /// prefix is a number (0 when none).
 template <class To, class From>
-To lexical_cast(const From& from);
+To lexical_cast(const From&);
 
 template <>
 CORVANE_SOA_API std::string lexical_cast<std::string, int>(const int& value);

@@ -43,7 +43,9 @@ void SoaException::getNamespaces(std::set<std::string>& namespaces) const {
 
 BaseObject* SoaException::reallyClone() const { return new SoaException(*this); }
 
-// The exceptions built from one message, code and level differ only in their type name.
+// The exceptions built from one message, code and level differ only in their type name (a
+// class name, which parentheses would break).
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define CORVANE_SOA_MESSAGE_EXCEPTION(Name)                     \
     Name::Name() : SoaException(#Name) {}                       \
     Name::Name(const std::string& message, int code, int level) \
@@ -52,6 +54,7 @@ BaseObject* SoaException::reallyClone() const { return new SoaException(*this); 
     Name& Name::operator=(const Name& other) = default;         \
     Name::~Name() = default;                                    \
     BaseObject* Name::reallyClone() const { return new Name(*this); }
+// NOLINTEND(bugprone-macro-parentheses)
 
 CORVANE_SOA_MESSAGE_EXCEPTION(InternalServerException)
 CORVANE_SOA_MESSAGE_EXCEPTION(InvalidCredentialsException)
