@@ -199,6 +199,24 @@ std::string standardTimeText(const DateTime& value) {
     return result;
 }
 
+// Moves a date by whole minutes as DateTime's arithmetic with an amount of hours and minutes
+// does. A move that stays within a day of an ordinary date (day 1 to 28, hour below 24) changes
+// the time of day only, and is made so here.
+void shiftByMinutes(DateTime& value, int minutes) {
+    constexpr int kMinutesPerDay = 24 * 60;
+    const int moved = value.hour() * 60 + value.minute() + minutes;
+    if (value.day() >= 1 && value.day() <= 28 && value.hour() >= 0 && value.hour() < 24 &&
+        value.minute() >= 0 && value.minute() < 60 && value.second() >= 0 && value.second() < 60 &&
+        moved >= 0 && moved < kMinutesPerDay) {
+        value = DateTime(value.year(), value.month(), value.day(), moved / 60, moved % 60,
+                         value.second());
+        return;
+    }
+    const int magnitude = minutes < 0 ? -minutes : minutes;
+    const DateTime amount(0, 0, 0, magnitude / 60, magnitude % 60, 0);
+    value = minutes < 0 ? value - amount : value + amount;
+}
+
 // Reads the usual wire text of a date, "yyyy-mm-ddThh:mm:ss+hh:mm", exactly as the text
 // constructor of DateTime reads it, without its general scanning, and gives the wire text of the
 // result. Any other text, one the constructor refuses included, gives false and is left to the
@@ -240,15 +258,11 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& 
     // sign is that of its hours), then by the daylight saving in force at the result.
     DateTime value(year, month, day, hour, minute, second);
     const int offset = offsetHours * 60 + (offsetHours < 0 ? -offsetMinutes : offsetMinutes);
-    const int diff = LocalZone::standardOffset() - offset;
-    const int magnitude = diff < 0 ? -diff : diff;
-    const DateTime shift(0, 0, 0, magnitude / 60, magnitude % 60, 0);
-    value = diff < 0 ? value - shift : value + shift;
+    shiftByMinutes(value, LocalZone::standardOffset() - offset);
     const bool daylight = LocalZone::isDaylight(value.year(), value.month(), value.day(),
                                                 value.hour(), value.minute(), value.second());
     if (daylight) {
-        const int shiftToDaylight = LocalZone::daylightOffset() - LocalZone::standardOffset();
-        value = value + DateTime(0, 0, 0, shiftToDaylight / 60, shiftToDaylight % 60, 0);
+        shiftByMinutes(value, LocalZone::daylightOffset() - LocalZone::standardOffset());
     }
     out = value;
     // In standard time the daylight decision made above is the one writing would make again.
@@ -505,6 +519,33 @@ private:
     }
 
     static double readDouble(const char* begin, const char* end) {
+        // digits '.' digits, at most 15 digits in all: the digits as an integer and the power of
+        // ten are exact doubles, and their quotient is rounded once, as strtod rounds the text.
+        {
+            static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+            const char* p = begin;
+            const bool negative = *p == '-';
+            p += negative ? 1 : 0;
+            std::uint64_t digits = 0;
+            const char* first = p;
+            while (p != end && isDigit(*p)) {
+                digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
+                ++p;
+            }
+            const auto whole = p - first;
+            if (whole > 0 && whole < 16 && p != end && *p == '.') {
+                const char* fraction = ++p;
+                while (p != end && isDigit(*p) && (p - fraction) + whole < 15) {
+                    digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
+                    ++p;
+                }
+                if (p == end && p != fraction) {
+                    const double value = static_cast<double>(digits) / kPowersOfTen[p - fraction];
+                    return negative ? -value : value;
+                }
+            }
+        }
         // from_chars reads what strtod reads, rounded the same, for text without a '+' in front;
         // strtod takes the rest, and the values beyond the double range.
         double value = 0.0;

@@ -358,6 +358,8 @@ void* ValuePool::allocate(std::size_t size) {
             // The next block is likely cold: start fetching it for the next allocation.
             __builtin_prefetch(next, 1);
             block = head;
+        } else if (list.full == nullptr && cache->region.available() >= index * kGranule) {
+            block = cache->region.cut(index * kGranule);
         } else {
             block = refill(*cache, index);
         }

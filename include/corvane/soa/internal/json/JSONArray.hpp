@@ -4,6 +4,7 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
+#include <corvane/soa/internal/json/ValueAllocator.hpp>
 
 #include <string>
 #include <type_traits>
@@ -73,7 +74,7 @@ private:
     void append(ValueType kind, Common::AutoPtr<Value> value);
     void checkIndex(std::size_t index) const;
 
-    std::vector<Element> m_elements;
+    std::vector<Element, ValueAllocator<Element>> m_elements;
 };
 
 }  // namespace Corvane::Soa::Internal::Json
