@@ -235,16 +235,25 @@ void JsonStream::putDate(const DateTime& value) {
 
 // ---- objects, arrays, maps ----
 
-void JsonStream::writeObjectOpen() {
+// An unnamed object, array or map: the separator, the indent and the bracket, one level in.
+void JsonStream::writeOpen(char bracket) {
     begin();
     separator();
     putIndent();
-    put('{');
+    put(bracket);
     m_needComma = false;
     m_atStart = false;
     raiseLevel();
     commit();
 }
+
+// One level out, then the closing bracket on a line of its own; a comma is due after it.
+void JsonStream::writeClose(char bracket) {
+    writeFrameClose(bracket);
+    m_needComma = true;
+}
+
+void JsonStream::writeObjectOpen() { writeOpen('{'); }
 
 void JsonStream::writeObjectOpen(const std::string& qualifiedName) {
     begin();
@@ -264,47 +273,13 @@ void JsonStream::writeObjectOpen(const std::string& qualifiedName) {
     commit();
 }
 
-void JsonStream::writeObjectClose() {
-    begin();
-    lowerLevel();
-    put('\n');
-    putIndent();
-    put('}');
-    m_needComma = true;
-    commit();
-}
+void JsonStream::writeObjectClose() { writeClose('}'); }
 
-void JsonStream::writeArrayOpen() {
-    begin();
-    separator();
-    putIndent();
-    put('[');
-    m_needComma = false;
-    m_atStart = false;
-    raiseLevel();
-    commit();
-}
+void JsonStream::writeArrayOpen() { writeOpen('['); }
 
-void JsonStream::writeArrayClose() {
-    begin();
-    lowerLevel();
-    put('\n');
-    putIndent();
-    put(']');
-    m_needComma = true;
-    commit();
-}
+void JsonStream::writeArrayClose() { writeClose(']'); }
 
-void JsonStream::writeMapOpen() {
-    begin();
-    separator();
-    putIndent();
-    put('[');
-    m_needComma = false;
-    m_atStart = false;
-    raiseLevel();
-    commit();
-}
+void JsonStream::writeMapOpen() { writeOpen('['); }
 
 // Opens with a brace, while writeMapClose closes with a bracket: readers of this output expect
 // exactly that pair.
@@ -322,7 +297,7 @@ void JsonStream::writeMapOpen(const std::string& key) {
     commit();
 }
 
-void JsonStream::writeMapClose() { writeArrayClose(); }
+void JsonStream::writeMapClose() { writeClose(']'); }
 
 // ---- keys and values ----
 

@@ -132,6 +132,8 @@ private:
     void writeTextObject(const std::string& name, const char* value, std::size_t length);
     void writeStringVector(const std::vector<std::string>& values, const std::string& name,
                            bool escape);
+    void writeOpen(char bracket);
+    void writeClose(char bracket);
     void writeFrameOpen(const std::string& name, char bracket);
     void writeFrameClose(char bracket);
     void write(const char* text, std::size_t length);
