@@ -10,6 +10,7 @@
 
 #include <pugixml.hpp>
 #include "RatioReporter.hpp"
+#include "ReferenceEscapers.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -161,85 +162,6 @@ double escapedShare(const std::string& text, bool (*needsEscape)(char)) {
     return text.empty() ? 0.0 : static_cast<double>(count) / static_cast<double>(text.size());
 }
 
-// The baselines: the same tables, one += per character into a string that grows as it goes.
-std::string naiveXmlEscape(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-            case '\t':
-                out += "&#9;";
-                break;
-            case '\n':
-                out += "&#10;";
-                break;
-            case '\f':
-                out += "&#12;";
-                break;
-            case '\r':
-                out += "&#13;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '%':
-                out += "&#x25;";
-                break;
-            case '&':
-                out += "&amp;";
-                break;
-            case '\'':
-                out += "&apos;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            default:
-                out += c;
-                break;
-        }
-    }
-    return out;
-}
-
-std::string naiveJsonEscape(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '/':
-                out += "\\/";
-                break;
-            case '\b':
-                out += "\\b";
-                break;
-            case '\f':
-                out += "\\f";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                out += c;
-                break;
-        }
-    }
-    return out;
-}
-
 template <std::string (*Escape)(const std::string&)>
 void runEscape(benchmark::State& state, const std::string& input, bool (*needsEscape)(char)) {
     std::size_t outputBytes = 0;
@@ -262,13 +184,13 @@ void benchToXmlString(benchmark::State& state) {
     runEscape<Xml::toXmlString>(state, xmlText(), needsXmlEscape);
 }
 void benchNaiveXml(benchmark::State& state) {
-    runEscape<naiveXmlEscape>(state, xmlText(), needsXmlEscape);
+    runEscape<cvsoa::reference::xmlEscape>(state, xmlText(), needsXmlEscape);
 }
 void benchToJsonString(benchmark::State& state) {
     runEscape<Xml::toJsonString>(state, jsonText(), needsJsonEscape);
 }
 void benchNaiveJson(benchmark::State& state) {
-    runEscape<naiveJsonEscape>(state, jsonText(), needsJsonEscape);
+    runEscape<cvsoa::reference::jsonEscape>(state, jsonText(), needsJsonEscape);
 }
 
 // The document: a root holding 200,000 elements, each with an id and a kind attribute and a
