@@ -1,5 +1,7 @@
 // Reading JSON text: kinds, strings, dates, numbers, the exact error texts with their positions,
 // and hostile input (deep nesting, truncation, the public corpora).
+#include <corvane/soa/common/DateTime.hpp>
+#include <corvane/soa/internal/json/DoubleValue.hpp>
 #include <corvane/soa/internal/json/JSONArray.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/Parser.hpp>
@@ -8,12 +10,21 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 using Corvane::Soa::Common::AutoPtr;
+using Corvane::Soa::Common::DateTime;
+using Corvane::Soa::Internal::Json::DoubleValue;
 using Corvane::Soa::Internal::Json::JSONArray;
 using Corvane::Soa::Internal::Json::JSONObject;
 using Corvane::Soa::Internal::Json::Parser;
@@ -92,6 +103,100 @@ TEST(Parser, StringsAreUnescapedButKeysKeptAsWritten) {
     EXPECT_EQ(parseObject(R"({"k": 1, "k": "x"})")->getString("k"), "x");
     EXPECT_EQ(parseObject(R"({"b": 1, "a": 2, "B": 3})")->getKeys(),
               (std::vector<std::string>{"B", "a", "b"}));
+    EXPECT_EQ(parseObject(R"({"s": "<\b\f\n\r\t\"\\\/\x\u00e9>"})")->getString("s"),
+              "<\b\f\n\r\t\"\\/\\x\\u00e9>");
+}
+
+TEST(Parser, ObjectsOfAnySizeKeepTheLastOfRepeatedKeysInByteOrder) {
+    for (const int count : {5, 16, 17, 60}) {
+        std::map<std::string, int> expected;
+        std::string text = "{";
+        for (int i = 0; i < count; ++i) {
+            const std::string key = (i % 2 == 0 ? "k" : "K") + std::to_string((i * 37) % 13);
+            expected[key] = i;
+            text += (i == 0 ? "\"" : ", \"") + key + "\": " + std::to_string(i);
+        }
+        const auto object = parseObject(text + "}");
+        std::vector<std::string> keys;
+        for (const auto& [key, value] : expected) {
+            keys.push_back(key);
+            EXPECT_EQ(object->getInteger(key), value) << count << " " << key;
+        }
+        EXPECT_EQ(object->getKeys(), keys) << count;
+    }
+}
+
+TEST(Parser, NumbersReadAsTheCLibraryReadsThem) {
+    // Decimals around the 15 digits that are read directly, and integers past 32 and 64 bits.
+    std::mt19937 random(7);
+    std::vector<std::string> numbers = {"0.1",
+                                        "-0.0",
+                                        "9007199254740993.0",
+                                        "123456789012345.6",
+                                        "1.7976931348623157",
+                                        "1e3",
+                                        "-2.5E-3",
+                                        ".5",
+                                        "5.",
+                                        "1.5.3"};
+    for (int i = 0; i < 4000; ++i) {
+        std::string number = random() % 2 == 0 ? "-" : "";
+        const auto whole = 1 + random() % 17;
+        const auto fraction = 1 + random() % 17;
+        for (unsigned d = 0; d < whole + fraction; ++d) {
+            number += d == whole ? "." : "";
+            number += static_cast<char>('0' + random() % 10);
+        }
+        numbers.push_back(number);
+    }
+    for (const char* integer :
+         {"0", "-0", "007", "-2147483648", "2147483648", "4294967297", "9223372036854775807",
+          "9223372036854775808", "-9223372036854775809", "123456789012345678901", "12-3", "+-5",
+          "+42", "-"}) {
+        numbers.emplace_back(integer);
+    }
+    std::string text = "[";
+    for (const std::string& number : numbers) {
+        text += (text.size() > 1 ? ", " : "") + number;
+    }
+    const AutoPtr<JSONArray> array = Parser().parse(text + "]").dynamicCast<JSONArray>();
+    ASSERT_EQ(array->size(), numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const char* number = numbers[i].c_str();
+        if (std::strpbrk(number, ".eE") != nullptr) {
+            ASSERT_EQ(array->getValueType(i), Value::DOUBLE) << number;
+            const double expected = std::strtod(number, nullptr);
+            const double read = array->getValue(i).dynamicCast<DoubleValue>()->getValue();
+            EXPECT_EQ(std::memcmp(&read, &expected, sizeof read), 0) << number;
+        } else {
+            ASSERT_EQ(array->getValueType(i), Value::INTEGER) << number;
+            const long expected = std::strtol(number, nullptr, 10);
+            EXPECT_EQ(
+                array->getInteger(i),
+                static_cast<int>(static_cast<std::uint32_t>(static_cast<unsigned long>(expected))))
+                << number;
+        }
+    }
+}
+
+TEST(Parser, DatesReadAsDateTimeReadsThem) {
+    // Moves across midnight, month and year ends, days past the month's end, hour 24, the null
+    // date, daylight-saving changes of the zones the tests run in, and the texts of other writers.
+    for (const char* text :
+         {"2016-12-05T14:03:09+01:00",     "2016-12-05T00:10:00+01:00", "2016-12-31T23:30:00-01:00",
+          "2016-02-28T23:59:59-00:30",     "2016-04-31T10:00:00+00:00", "2016-02-30T23:00:00-02:00",
+          "2016-12-05T24:00:00+00:00",     "0001-01-01T00:00:00+05:00", "0001-01-01T00:30:00+01:00",
+          "2016-03-27T01:30:00+00:00",     "2016-03-27T02:30:00+01:00", "2016-10-30T00:30:00+00:00",
+          "2016-10-30T02:30:00+02:00",     "2016-07-01T12:00:00+02:00", "1969-12-31T23:59:59+00:00",
+          "9999-12-31T23:59:59-01:00",     "2016-12-05T14:03:09+0100",  "2016-12-05T14:03:09Z",
+          "2016-12-05T14:03:09.250+01:00", "2016-12-05T14:03:09+14:00"}) {
+        const AutoPtr<JSONArray> array =
+            Parser().parse(std::string("[\"") + text + "\"]").dynamicCast<JSONArray>();
+        const DateTime expected{std::string(text)};
+        ASSERT_EQ(array->getValueType(0), Value::DATE) << text;
+        EXPECT_EQ(array->getDate(0), expected) << text;
+        EXPECT_EQ(array->getString(0), expected.toString()) << text;
+    }
 }
 
 TEST(Parser, DateShapedStringsGoToTheDateReader) {
