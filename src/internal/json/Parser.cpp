@@ -281,13 +281,15 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& 
 
 }  // namespace
 
-// One reading of one text: the cursor with its line and character counters, and the stacks on
-// which open containers collect their members before they are handed over in one piece.
+// One reading of one text: the cursor, the line it is on and where the characters of that line
+// are counted from, and the stacks on which open containers collect their members before they
+// are handed over in one piece.
 class Parser::Reader {
 public:
     Reader(const std::string& text, Utf8String& transcoder)
         : m_cursor(text.data()),
           m_end(text.data() + text.size()),
+          m_lineStart(text.data()),
           m_transcoder(transcoder),
           m_transcode(!transcoder.isLocalUtf8()) {}
 
@@ -304,17 +306,18 @@ public:
     }
 
 private:
+    // Every byte read counts as a character of its line, line breaks inside strings included;
+    // only a run of line breaks between tokens starts a new line.
     [[noreturn]] void fail(const char* text) const {
         std::string message(text);
         message.append("Line ").append(std::to_string(m_line));
-        message.append(" character ").append(std::to_string(m_character)).append(".\n");
+        message.append(" character ")
+            .append(std::to_string(static_cast<int>(m_cursor - m_lineStart)))
+            .append(".\n");
         throw ParsingException(message);
     }
 
-    void advance(std::size_t count) {
-        m_cursor += count;
-        m_character += static_cast<int>(count);
-    }
+    void advance(std::size_t count) { m_cursor += count; }
 
     // Skips blanks, tabs and line breaks. A run of line breaks, blank lines included, counts as
     // one line, and the character count starts again after it.
@@ -324,26 +327,21 @@ private:
         if (p == m_end || static_cast<unsigned char>(*p) > ' ') {
             return;
         }
-        int line = m_line;
-        int character = m_character;
         bool previousWasBreak = false;
         while (p != m_end) {
             const char c = *p;
             if (c == ' ') {
-                const char* run = skipSpaces(p + 1, m_end);
-                character += static_cast<int>(run - p);
-                p = run;
+                p = skipSpaces(p + 1, m_end);
                 previousWasBreak = false;
                 continue;
             }
             if (c == '\t') {
-                ++character;
                 previousWasBreak = false;
             } else if (c == '\n' || c == '\r') {
-                character = 0;
                 if (!previousWasBreak) {
-                    ++line;
+                    ++m_line;
                 }
+                m_lineStart = p + 1;
                 previousWasBreak = true;
             } else {
                 break;
@@ -351,8 +349,6 @@ private:
             ++p;
         }
         m_cursor = p;
-        m_line = line;
-        m_character = character;
     }
 
     void validateToken(char expected) {
@@ -713,8 +709,8 @@ private:
 
     const char* m_cursor;
     const char* m_end;
+    const char* m_lineStart;
     int m_line = 1;
-    int m_character = 0;
     Utf8String& m_transcoder;
     bool m_transcode;
     int m_depth = 0;

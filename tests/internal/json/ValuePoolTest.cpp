@@ -8,6 +8,17 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define CVSOA_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CVSOA_TEST_ASAN 1
+#endif
+#endif
+#if defined(CVSOA_TEST_ASAN)
+#include <sanitizer/asan_interface.h>
+#endif
+
 #include <string>
 #include <thread>
 #include <vector>
@@ -121,5 +132,16 @@ TEST(ValuePool, SmallArraysAndLargeOnesKeepTheirElements) {
     }
     EXPECT_EQ(array->getValueType(99), Value::INTEGER);
 }
+
+#if defined(CVSOA_TEST_ASAN)
+TEST(ValuePool, ReleasedValuesAreOutOfBoundsForTheSanitizer) {
+    auto* value = new IntegerValue(7);
+    EXPECT_EQ(__asan_address_is_poisoned(value), 0);
+    delete value;
+    EXPECT_NE(__asan_address_is_poisoned(value), 0);
+    EXPECT_NE(__asan_address_is_poisoned(reinterpret_cast<char*>(value) + sizeof(void*)), 0);
+    EXPECT_DEATH(Value::operator delete(value, sizeof(IntegerValue)), "released twice");
+}
+#endif
 
 }  // namespace
