@@ -460,10 +460,14 @@ private:
     // A run of number bytes; with a '.' or an exponent it is a double, otherwise an integer.
     AutoPtr<Value> parseNumber(Value::ValueType& kind) {
         const char* begin = m_cursor;
-        const char* p = m_cursor;
-        // The usual integer, an optional '-' and at most 18 digits, is read in the same pass.
+        // The usual numbers are read in the pass that finds them: an optional '-' and at most 18
+        // digits, or at most 15 digits with a '.' among them. Such a double is the digits as an
+        // integer over a power of ten, both exact doubles, rounded once by the division as strtod
+        // rounds the text.
         {
-            const char* q = p;
+            static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+            const char* q = begin;
             const bool negative = q != m_end && *q == '-';
             q += negative ? 1 : 0;
             const char* digits = q;
@@ -479,7 +483,23 @@ private:
                 return AutoPtr<Value>(
                     new IntegerValue(static_cast<int>(static_cast<std::uint32_t>(value))));
             }
+            const auto whole = q - digits;
+            if (*q == '.' && whole > 0 && whole < 16) {
+                const char* fraction = ++q;
+                while (q != m_end && isDigit(*q) && (q - fraction) + whole < 15) {
+                    magnitude = magnitude * 10 + static_cast<std::uint64_t>(*q - '0');
+                    ++q;
+                }
+                if (q != fraction && (q == m_end || !isNumberByte(*q))) {
+                    advance(static_cast<std::size_t>(q - begin));
+                    kind = Value::DOUBLE;
+                    const double value =
+                        static_cast<double>(magnitude) / kPowersOfTen[q - fraction];
+                    return AutoPtr<Value>(new DoubleValue(negative ? -value : value));
+                }
+            }
         }
+        const char* p = begin;
         bool fractional = false;
         for (; p != m_end && isNumberByte(*p); ++p) {
             fractional = fractional || *p == '.' || *p == 'e' || *p == 'E';
@@ -515,33 +535,6 @@ private:
     }
 
     static double readDouble(const char* begin, const char* end) {
-        // digits '.' digits, at most 15 digits in all: the digits as an integer and the power of
-        // ten are exact doubles, and their quotient is rounded once, as strtod rounds the text.
-        {
-            static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-            const char* p = begin;
-            const bool negative = *p == '-';
-            p += negative ? 1 : 0;
-            std::uint64_t digits = 0;
-            const char* first = p;
-            while (p != end && isDigit(*p)) {
-                digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
-                ++p;
-            }
-            const auto whole = p - first;
-            if (whole > 0 && whole < 16 && p != end && *p == '.') {
-                const char* fraction = ++p;
-                while (p != end && isDigit(*p) && (p - fraction) + whole < 15) {
-                    digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
-                    ++p;
-                }
-                if (p == end && p != fraction) {
-                    const double value = static_cast<double>(digits) / kPowersOfTen[p - fraction];
-                    return negative ? -value : value;
-                }
-            }
-        }
         // from_chars reads what strtod reads, rounded the same, for text without a '+' in front;
         // strtod takes the rest, and the values beyond the double range.
         double value = 0.0;
