@@ -14,8 +14,10 @@ void* Value::operator new(std::size_t size, std::align_val_t alignment) {
     return ::operator new(size, alignment);
 }
 
-void Value::operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept {
-    ::operator delete(block, size, alignment);
+// The unsized form: not every compiler declares the sized one by default.
+void Value::operator delete(void* block, std::size_t /*size*/,
+                            std::align_val_t alignment) noexcept {
+    ::operator delete(block, alignment);
 }
 
 namespace {
