@@ -103,8 +103,12 @@ void writeNull(JsonStream& out, const std::string* key) {
 // Writes a parsed tree through the stream, as generated types write their members.
 void writeValue(JsonStream& out, const Json::Value& value);
 
-// Scalar members are written as attributes, containers under their key.
+// Scalar members are written as attributes, containers under their key. The members' values
+// are fetched ahead, as a generated type finds its fields side by side in its own object.
 void writeMembers(JsonStream& out, const Json::JSONObject& object) {
+    for (const auto& member : object.getMembers()) {
+        __builtin_prefetch(member.second.get());
+    }
     out.writeObjectOpen();
     for (const auto& [key, member] : object.getMembers()) {
         switch (member->getType()) {
