@@ -327,6 +327,11 @@ private:
         if (p == m_end || static_cast<unsigned char>(*p) > ' ') {
             return;
         }
+        // One blank between tokens, the most common case.
+        if (*p == ' ' && m_end - p >= 2 && static_cast<unsigned char>(p[1]) > ' ') {
+            m_cursor = p + 1;
+            return;
+        }
         bool previousWasBreak = false;
         while (p != m_end) {
             const char c = *p;
@@ -629,7 +634,12 @@ private:
             const char* keyEnd = nullptr;
             scanString(keyBegin, keyEnd);
             consumeClosingQuote();
-            validateToken(':');
+            // Usually the colon follows the key.
+            if (at(':')) {
+                advance(1);
+            } else {
+                validateToken(':');
+            }
             trim();
             Value::ValueType kind = Value::UNDETERMINED;
             // The value first: a nested object uses the same stack while it is read. The key is
