@@ -35,8 +35,6 @@ Value::ValueType typeOf(const Value* value) {
 
 }  // namespace
 
-JSONArray::JSONArray() = default;
-
 // As for objects: the elements' counts are fetched before they are released one by one.
 JSONArray::~JSONArray() {
     for (const Element& element : m_elements) {

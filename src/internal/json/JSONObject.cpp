@@ -60,8 +60,6 @@ Value& nullStandIn() {
 
 }  // namespace
 
-JSONObject::JSONObject() = default;
-
 // Releasing the members reads each value's count: fetching them all first overlaps the cache
 // misses of a large tree instead of taking them one after the other.
 JSONObject::~JSONObject() {

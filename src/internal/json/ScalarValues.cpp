@@ -14,11 +14,9 @@ namespace Corvane::Soa::Internal::Json {
 
 using Common::Xml::lexical_cast;
 
-NullValue::NullValue() = default;
 NullValue::~NullValue() = default;
 void NullValue::serialize(int /*level*/, std::ostream& os) const { os.write("null", 4); }
 
-BooleanValue::BooleanValue(bool value) : m_value(value) {}
 BooleanValue::~BooleanValue() = default;
 void BooleanValue::serialize(int /*level*/, std::ostream& os) const {
     if (m_value) {
@@ -28,13 +26,11 @@ void BooleanValue::serialize(int /*level*/, std::ostream& os) const {
     }
 }
 
-IntegerValue::IntegerValue(int value) : m_value(value) {}
 IntegerValue::~IntegerValue() = default;
 void IntegerValue::serialize(int /*level*/, std::ostream& os) const {
     os << lexical_cast<std::string, int>(m_value);
 }
 
-DoubleValue::DoubleValue(double value) : m_value(value) {}
 DoubleValue::~DoubleValue() = default;
 void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
     os << lexical_cast<std::string, double>(m_value);

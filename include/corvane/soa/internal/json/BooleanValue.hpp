@@ -8,7 +8,7 @@ namespace Corvane::Soa::Internal::Json {
 /// A JSON true or false.
 class CORVANE_SOA_API BooleanValue : public Value {
 public:
-    explicit BooleanValue(bool value);
+    explicit BooleanValue(bool value) : m_value(value) {}
     ~BooleanValue() override;
 
     bool isEmpty() const override { return false; }

@@ -8,7 +8,7 @@ namespace Corvane::Soa::Internal::Json {
 /// A JSON number with a fraction or an exponent.
 class CORVANE_SOA_API DoubleValue : public Value {
 public:
-    explicit DoubleValue(double value);
+    explicit DoubleValue(double value) : m_value(value) {}
     ~DoubleValue() override;
 
     bool isEmpty() const override { return false; }

@@ -8,7 +8,7 @@ namespace Corvane::Soa::Internal::Json {
 /// A JSON number without fraction or exponent, as a 32-bit int.
 class CORVANE_SOA_API IntegerValue : public Value {
 public:
-    explicit IntegerValue(int value);
+    explicit IntegerValue(int value) : m_value(value) {}
     ~IntegerValue() override;
 
     bool isEmpty() const override { return false; }

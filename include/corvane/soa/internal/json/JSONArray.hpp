@@ -20,7 +20,7 @@ class Parser;
 /// that recorded kind and throw `IndexOutOfRangeException` or `InvalidTypeException`.
 class CORVANE_SOA_API JSONArray : public Value {
 public:
-    JSONArray();
+    JSONArray() = default;
     ~JSONArray() override;
 
     /// True when the array has at least one element: callers rely on this inverted sense.

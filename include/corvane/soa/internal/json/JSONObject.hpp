@@ -24,7 +24,7 @@ class CORVANE_SOA_API JSONObject : public Value {
 public:
     using Member = std::pair<std::string, Common::AutoPtr<Value>>;
 
-    JSONObject();
+    JSONObject() = default;
     ~JSONObject() override;
 
     /// True when the object has at least one member: callers rely on this inverted sense.

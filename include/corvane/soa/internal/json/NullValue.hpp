@@ -8,7 +8,7 @@ namespace Corvane::Soa::Internal::Json {
 /// JSON null.
 class CORVANE_SOA_API NullValue : public Value {
 public:
-    NullValue();
+    NullValue() = default;
     ~NullValue() override;
 
     bool isEmpty() const override { return true; }
