@@ -21,14 +21,19 @@
 #include <xercesc/util/XMLUni.hpp>
 #include <xercesc/validators/DTD/DTDGrammar.hpp>
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace Corvane::Soa::Common::Xml {
 
@@ -207,18 +212,123 @@ private:
     std::string position(const std::string& heading, const XMLCh* systemId, unsigned long long line,
                          unsigned long long column);
     std::string layout(const char* heading, const X::SAXParseException& e);
+    // The message for an exception that Xerces throws instead of reporting it with a position.
+    std::string thrownLayout(const std::string& documentName, const XMLCh* text);
     bool hasDocumentType() const;
     [[noreturn]] void refuseVersion(const XMLCh* version);
 
-    XMLNode* m_current = nullptr;
-    int m_depth = 0;
+    [[noreturn]] void refuseTooDeep();
+
+    // Recording, during the scan.
+    void record(char16_t kind) { *m_events.extend(1) = kind; }
+    void recordLength(std::size_t length);
+    void recordText(const XMLCh* text, std::size_t length);
+
+    // Building, between pieces of the scan.
+    void build();
+    void buildStart(const char16_t*& event);
+    void buildText(const char16_t* text, std::size_t length);
+    void buildEnd();
+    // Gives the element being closed, `node`, its children and its text.
+    void complete(XMLNode& node);
+    // Deletes the nodes of open elements and forgets what they had and what is recorded.
+    void clearOpen();
+
     std::string m_documentName;
     std::unique_ptr<Utf8String> m_utf8;
     const X::Locator* m_locator = nullptr;
     X::SAX2XMLReader* m_reader = nullptr;
-    std::string m_scratchName;
+
+    // The content handler does not build the tree itself: it records what the scanner reports
+    // (names, attributes, text, still in UTF-16), and the tree is built from the record when it
+    // has grown to a batch and when the scan ends. Done in turns, each of the scanner and the
+    // builder runs with its own code and data in the processor's caches, which the two take
+    // from each other when they alternate at every element. What must refuse a document at its
+    // place (the depth limit, the document type) is still decided as the scanner reports it.
+    //
+    // A record is a sequence of 16-bit units: an event kind, then for
+    //   kStart: the local name, the number of attributes, then for each attribute either
+    //           kAttribute, its value and its qualified name, or kXsiType and its value;
+    //   kText:  the characters;
+    //   kEnd:   nothing.
+    // A text (name, value, characters) is its length, in four units, then its units.
+    class Events {
+    public:
+        // Room for `units` more units at the end, returned to be written.
+        char16_t* extend(std::size_t units) {
+            if (units > m_capacity - m_size) {
+                grow(units);
+            }
+            char16_t* const at = m_data.get() + m_size;
+            m_size += units;
+            return at;
+        }
+        const char16_t* data() const noexcept { return m_data.get(); }
+        std::size_t size() const noexcept { return m_size; }
+        void clear() noexcept { m_size = 0; }
+        // Gives back the memory of a record that once had to hold a very long text.
+        void trim() noexcept {
+            if (m_capacity > kKeptUnits) {
+                m_data.reset();
+                m_capacity = 0;
+                m_size = 0;
+            }
+        }
+
+    private:
+        static constexpr std::size_t kKeptUnits = 64 * 1024;
+        void grow(std::size_t units);
+
+        std::unique_ptr<char16_t[]> m_data;
+        std::size_t m_size = 0;
+        std::size_t m_capacity = 0;
+    };
+    // A batch is built once the record reaches this many units (64 KB).
+    static constexpr std::size_t kBatchUnits = 32 * 1024;
+    static constexpr char16_t kStart = 1;
+    static constexpr char16_t kText = 2;
+    static constexpr char16_t kEnd = 3;
+    static constexpr char16_t kAttribute = 4;
+    static constexpr char16_t kXsiType = 5;
+
+    Events m_events;
+    // Of the scan: the depth of the element being reported and whether the root has begun.
+    int m_depth = 0;
+    bool m_begun = false;
+
+    // Of the tree being built: the innermost element whose end has not been built yet.
+    XMLNode* m_current = nullptr;
     std::string m_scratchValue;
+
+    // What an open element has so far is kept here rather than in its node, and handed to the
+    // node once, at its end: its children in one vector of the exact size and its text in one
+    // string of the exact size, with no growing on the way. An element's children and text
+    // are the last ones here while it is open (its own open children take theirs away when
+    // they end). Until then the nodes in m_pending are owned here.
+    //
+    // A text that grows long is the exception: it is moved to the node, and the rest of it
+    // goes there straight (`direct`), so that it is never held twice.
+    struct Open {
+        std::size_t children;  // where its children begin in m_pending
+        std::size_t text;      // where its text begins in m_openText
+        bool direct;           // whether its text goes to its node straight
+    };
+    // Text this long (in units or bytes) is converted and kept without a copy between.
+    static constexpr std::size_t kLargeText = 16 * 1024;
+    std::vector<Open> m_open;
+    std::vector<XMLNode*> m_pending;
+    std::string m_openText;
 };
+
+void SAXToNodeParser::Impl::Events::grow(std::size_t units) {
+    const std::size_t capacity = std::max({2 * m_capacity, m_size + units, kBatchUnits * 2});
+    std::unique_ptr<char16_t[]> data(new char16_t[capacity]);
+    if (m_size != 0) {
+        std::memcpy(data.get(), m_data.get(), m_size * sizeof(char16_t));
+    }
+    m_data = std::move(data);
+    m_capacity = capacity;
+}
 
 std::string SAXToNodeParser::Impl::position(const std::string& heading, const XMLCh* systemId,
                                             unsigned long long line, unsigned long long column) {
@@ -240,9 +350,6 @@ std::string SAXToNodeParser::Impl::layout(const char* heading, const X::SAXParse
     return message;
 }
 
-// A declaration with neither identifiers nor internal subset ("<!DOCTYPE r>") reaches no
-// handler; it still declares the root element in the DTD grammar that the scanner keeps, which
-// is empty for a document without one. Asked at the root element, before anything is built.
 void SAXToNodeParser::Impl::refuseVersion(const XMLCh* version) {
     std::string message;
     if (m_locator != nullptr) {
@@ -255,6 +362,9 @@ void SAXToNodeParser::Impl::refuseVersion(const XMLCh* version) {
     throw DomException(message);
 }
 
+// A declaration with neither identifiers nor internal subset ("<!DOCTYPE r>") reaches no
+// handler; it still declares the root element in the DTD grammar that the scanner keeps, which
+// is empty for a document without one. Asked at the root element, before anything is built.
 bool SAXToNodeParser::Impl::hasDocumentType() const {
     X::Grammar* grammar = m_reader != nullptr ? m_reader->getRootGrammar() : nullptr;
     if (grammar == nullptr || grammar->getGrammarType() != X::Grammar::DTDGrammarType) {
@@ -263,74 +373,264 @@ bool SAXToNodeParser::Impl::hasDocumentType() const {
     return static_cast<X::DTDGrammar*>(grammar)->getElemEnumerator().hasMoreElements();
 }
 
+void SAXToNodeParser::Impl::refuseTooDeep() {
+    std::string message = kTooDeepMessage;
+    message += '\n';
+    if (m_locator != nullptr) {
+        message += position("Fatal Error: parsing: ", m_locator->getSystemId(),
+                            m_locator->getLineNumber(), m_locator->getColumnNumber());
+    }
+    message += "Message: more than 1024 levels of elements\n";
+    throw DomException(message);
+}
+
+namespace {
+
+// A length takes four units, the lowest 16 bits first.
+constexpr std::size_t kLengthUnits = 4;
+
+void putLength(char16_t* at, std::uint64_t length) {
+    for (std::size_t i = 0; i < kLengthUnits; ++i) {
+        at[i] = static_cast<char16_t>(length & 0xFFFF);
+        length >>= 16;
+    }
+}
+
+std::size_t readLength(const char16_t*& event) {
+    std::uint64_t length = 0;
+    for (std::size_t i = kLengthUnits; i-- > 0;) {
+        length = (length << 16) | event[i];
+    }
+    event += kLengthUnits;
+    return static_cast<std::size_t>(length);
+}
+
+}  // namespace
+
+void SAXToNodeParser::Impl::recordLength(std::size_t length) {
+    putLength(m_events.extend(kLengthUnits), length);
+}
+
+void SAXToNodeParser::Impl::recordText(const XMLCh* text, std::size_t length) {
+    char16_t* const at = m_events.extend(kLengthUnits + length);
+    putLength(at, length);
+    if (length != 0) {
+        std::memcpy(at + kLengthUnits, text, length * sizeof(char16_t));
+    }
+}
+
 void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const localname,
                                          const XMLCh* const, const X::Attributes& attrs) {
     // Refused at once: the scan of each further level costs more than the one before.
     if (m_depth >= kMaxDepth) {
-        std::string message = kTooDeepMessage;
-        message += '\n';
-        if (m_locator != nullptr) {
-            message += position("Fatal Error: parsing: ", m_locator->getSystemId(),
-                                m_locator->getLineNumber(), m_locator->getColumnNumber());
-        }
-        message += "Message: more than 1024 levels of elements\n";
-        throw DomException(message);
+        refuseTooDeep();
     }
-    if (m_root == nullptr && hasDocumentType()) {
+    if (!m_begun && hasDocumentType()) {
         throw DomException(kDtdMessage);
     }
-    auto* node = new XMLNode;
-    if (m_current != nullptr) {
+    m_begun = true;
+    ++m_depth;
+
+    record(kStart);
+    recordText(localname, lengthOf(localname));
+    const XMLSize_t count = attrs.getLength();
+    recordLength(count);
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const XMLCh* const value = attrs.getValue(i);
+        // The local name first: it rules out nearly every attribute without asking the
+        // scanner for the namespace.
+        if (equals(attrs.getLocalName(i), kType) && equals(attrs.getURI(i), kXsiUri)) {
+            record(kXsiType);
+            recordText(value, lengthOf(value));
+            continue;
+        }
+        record(kAttribute);
+        recordText(value, lengthOf(value));
+        const XMLCh* const name = attrs.getQName(i);
+        recordText(name, lengthOf(name));
+    }
+    if (m_events.size() >= kBatchUnits) {
+        build();
+    }
+}
+
+void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t length) {
+    if (length >= kLargeText) {
+        // Converted where the scanner has it rather than copied first, once what came before
+        // is built.
+        build();
+        buildText(chars, length);
+        return;
+    }
+    record(kText);
+    recordText(chars, length);
+    if (m_events.size() >= kBatchUnits) {
+        build();
+    }
+}
+
+void SAXToNodeParser::Impl::endElement(const XMLCh* const, const XMLCh* const, const XMLCh* const) {
+    if (m_depth > 0) {
+        --m_depth;
+    }
+    record(kEnd);
+    if (m_events.size() >= kBatchUnits) {
+        build();
+    }
+}
+
+void SAXToNodeParser::Impl::build() {
+    const char16_t* event = m_events.data();
+    const char16_t* const end = event + m_events.size();
+    while (event < end) {
+        switch (*event++) {
+            case kStart:
+                buildStart(event);
+                break;
+            case kText: {
+                const std::size_t length = readLength(event);
+                buildText(event, length);
+                event += length;
+                break;
+            }
+            default:
+                buildEnd();
+                break;
+        }
+    }
+    m_events.clear();
+}
+
+void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
+    std::unique_ptr<XMLNode> made(new XMLNode);
+    XMLNode* const node = made.get();
+    if (!m_open.empty()) {
+        // The child of the innermost open element, m_current, which takes it at its end.
+        node->m_parent = m_current;
+        m_pending.push_back(node);
+    } else if (m_current != nullptr) {
         m_current->addChild(node);
     } else if (m_root == nullptr) {
         m_root = node;
     } else {
         m_root->addChild(node);
     }
+    made.release();
+    m_open.push_back(Open{m_pending.size(), m_openText.size(), false});
     m_current = node;
-    ++m_depth;
 
     const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
-    m_utf8->decode(localname, lengthOf(localname), node->m_name, replace);
-    const XMLSize_t count = attrs.getLength();
-    for (XMLSize_t i = 0; i < count; ++i) {
-        const XMLCh* value = attrs.getValue(i);
-        m_scratchValue.clear();
-        m_utf8->decode(value, lengthOf(value), m_scratchValue, replace);
-        if (equals(attrs.getURI(i), kXsiUri) && equals(attrs.getLocalName(i), kType)) {
+    std::size_t length = readLength(event);
+    m_utf8->decode(event, length, node->m_name, replace);
+    event += length;
+    const std::size_t count = readLength(event);
+    for (std::size_t i = 0; i < count; ++i) {
+        const char16_t kind = *event++;
+        const std::size_t valueLength = readLength(event);
+        const char16_t* const value = event;
+        event += valueLength;
+        if (kind == kXsiType) {
+            m_scratchValue.clear();
+            m_utf8->decode(value, valueLength, m_scratchValue, replace);
             const std::size_t colon = m_scratchValue.find(':');
-            node->m_extensionName =
-                colon == std::string::npos ? m_scratchValue : m_scratchValue.substr(colon + 1);
+            node->m_extensionName.assign(m_scratchValue,
+                                         colon == std::string::npos ? 0 : colon + 1);
             continue;
         }
-        const XMLCh* name = attrs.getQName(i);
-        m_scratchName.clear();
-        m_utf8->decode(name, lengthOf(name), m_scratchName, replace);
-        node->m_attributes[m_scratchName] = m_scratchValue;
+        std::string text;
+        m_utf8->decode(value, valueLength, text, replace);
+        length = readLength(event);
+        std::string name;
+        m_utf8->decode(event, length, name, replace);
+        event += length;
+        // Two names may convert to one in a code page that substitutes: the last one stays.
+        node->m_attributes.insert_or_assign(std::move(name), std::move(text));
     }
 }
 
-void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t length) {
-    if (m_current != nullptr) {
-        m_utf8->decode(chars, length, m_current->m_text,
-                       s_replaceHexOneA.load(std::memory_order_relaxed));
+void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) {
+    const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
+    if (m_open.empty() || m_open.back().direct) {
+        if (m_current != nullptr) {
+            m_utf8->decode(text, length, m_current->m_text, replace);
+        }
+        return;
+    }
+    Open& open = m_open.back();
+    m_utf8->decode(text, length, m_openText, replace);
+    if (m_openText.size() - open.text >= kLargeText) {
+        // A long text goes to its node from here on, as it would have from the start: it is
+        // not held twice.
+        m_current->m_text.append(m_openText, open.text, std::string::npos);
+        m_openText.resize(open.text);
+        open.direct = true;
     }
 }
 
-void SAXToNodeParser::Impl::endElement(const XMLCh* const, const XMLCh* const, const XMLCh* const) {
+void SAXToNodeParser::Impl::buildEnd() {
     if (m_current == nullptr) {
         std::cerr << "End element called when not inside one!" << std::endl;
         return;
     }
+    if (!m_open.empty()) {
+        complete(*m_current);
+    }
     m_current = m_current->getParent();
-    --m_depth;
+}
+
+void SAXToNodeParser::Impl::complete(XMLNode& node) {
+    const Open open = m_open.back();
+    m_open.pop_back();
+    if (open.children < m_pending.size()) {
+        const auto first = m_pending.begin() + static_cast<std::ptrdiff_t>(open.children);
+        node.m_children.insert(node.m_children.end(), first, m_pending.end());
+        m_pending.erase(first, m_pending.end());
+    }
+    if (open.text < m_openText.size()) {
+        node.m_text.append(m_openText, open.text, std::string::npos);
+        m_openText.resize(open.text);
+    }
+}
+
+void SAXToNodeParser::Impl::clearOpen() {
+    for (XMLNode* node : m_pending) {
+        delete node;
+    }
+    m_pending.clear();
+    m_open.clear();
+    m_openText.clear();
+    m_events.clear();
+    // What one very large document needed is not kept for the next.
+    constexpr std::size_t kKeptBytes = 64 * 1024;
+    if (m_openText.capacity() > kKeptBytes) {
+        std::string().swap(m_openText);
+    }
+    if (m_pending.capacity() * sizeof(XMLNode*) > kKeptBytes) {
+        std::vector<XMLNode*>().swap(m_pending);
+    }
+    if (m_open.capacity() * sizeof(Open) > kKeptBytes) {
+        std::vector<Open>().swap(m_open);
+    }
+    m_events.trim();
 }
 
 void SAXToNodeParser::Impl::discard() {
+    clearOpen();
     delete m_root;
     m_root = nullptr;
     m_current = nullptr;
     m_depth = 0;
+    m_begun = false;
+}
+
+std::string SAXToNodeParser::Impl::thrownLayout(const std::string& documentName,
+                                                const XMLCh* text) {
+    std::string message = "Fatal Error: parsing: " + documentName + "\n";
+    const std::string converted = local(text);
+    if (!converted.empty()) {
+        message += "Message: " + converted + "\n";
+    }
+    return message;
 }
 
 XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
@@ -367,6 +667,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     } forget{m_reader};
     try {
         reader->parse(source);
+        build();  // the last batch
     } catch (const DomException&) {
         discard();
         throw;
@@ -375,25 +676,16 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
         throw DomException("Fatal Error: parsing: " + documentName + "\nMessage: out of memory\n");
     } catch (const X::XMLException& e) {
         discard();
-        std::string message = "Fatal Error: parsing: " + documentName + "\n";
-        const std::string text = local(e.getMessage());
-        if (!text.empty()) {
-            message += "Message: " + text + "\n";
-        }
-        throw DomException(message);
+        throw DomException(thrownLayout(documentName, e.getMessage()));
     } catch (const X::SAXException& e) {
         discard();
-        std::string message = "Fatal Error: parsing: " + documentName + "\n";
-        const std::string text = local(e.getMessage());
-        if (!text.empty()) {
-            message += "Message: " + text + "\n";
-        }
-        throw DomException(message);
+        throw DomException(thrownLayout(documentName, e.getMessage()));
     } catch (...) {
         discard();
         throw;
     }
     m_locator = nullptr;
+    clearOpen();
     if (m_root == nullptr) {
         throw DomException("XML Document '" + documentName + "' does not exist.\n");
     }

@@ -7,7 +7,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace Corvane::Soa::Common::Xml {
 
@@ -63,51 +68,97 @@ void stopOnIllegalInput(UConverter* converter) {
     ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
 }
 
-// UTF-16 to UTF-8 without ICU, for the common case of a UTF-8 local page. Two passes: the
-// first sizes the result, the second writes it in place. An unpaired surrogate becomes U+FFFD,
-// as ICU's UTF-8 converter writes it.
+// Turns every 0x1A byte into '?'.
+void replaceOneAIn(char* bytes, std::size_t length) {
+    char* const end = bytes + length;
+    for (char* p = static_cast<char*>(std::memchr(bytes, 0x1A, length)); p != nullptr;
+         p = static_cast<char*>(std::memchr(p + 1, 0x1A, static_cast<std::size_t>(end - p - 1)))) {
+        *p = '?';
+    }
+}
+
+// UTF-16 to UTF-8 without ICU, for the common case of a UTF-8 local page. One pass: the units
+// are encoded a chunk at a time into a buffer on the stack, which is appended to `out`, so that
+// `out` is neither zero-filled first nor grown piece by piece. Runs of ASCII, the bulk of any
+// XML document (markup, white space, names, numbers), are narrowed eight units at a time. An
+// unpaired surrogate becomes U+FFFD, as ICU's UTF-8 converter writes it.
+//
+// A 0x1A byte can only come from the unit U+001A: every byte of a multi-byte sequence has its
+// high bit set. Replacing 0x1A bytes in what was appended is the same as replacing the unit.
+constexpr std::size_t kChunkUnits = 256;
+
+inline bool isHighSurrogate(unsigned u) { return u >= 0xD800 && u <= 0xDBFF; }
+inline bool isLowSurrogate(unsigned u) { return u >= 0xDC00 && u <= 0xDFFF; }
+
 template <class Unit>
 void appendUtf8(const Unit* units, std::size_t length, std::string& out, bool replaceHexOneA) {
-    auto isHigh = [](unsigned u) { return u >= 0xD800 && u <= 0xDBFF; };
-    auto isLow = [](unsigned u) { return u >= 0xDC00 && u <= 0xDFFF; };
-    std::size_t bytes = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        const unsigned u = units[i];
-        if (u < 0x80) {
-            bytes += 1;
-        } else if (u < 0x800) {
-            bytes += 2;
-        } else if (isHigh(u) && i + 1 < length && isLow(units[i + 1])) {
-            bytes += 4;
-            ++i;
-        } else {
-            bytes += 3;
-        }
-    }
+    static_assert(sizeof(Unit) == 2, "UTF-16 units");
+    // Three bytes at most for each unit of a chunk, and one more when the chunk ends with the
+    // first half of a surrogate pair (whose four bytes then stand for two units).
+    unsigned char buffer[kChunkUnits * 3 + 1];
     const std::size_t start = out.size();
-    out.resize(start + bytes);
-    auto* o = reinterpret_cast<unsigned char*>(&out[start]);
-    for (std::size_t i = 0; i < length; ++i) {
-        unsigned u = units[i];
-        if (u < 0x80) {
-            *o++ = static_cast<unsigned char>(replaceHexOneA && u == 0x1A ? '?' : u);
-        } else if (u < 0x800) {
-            *o++ = static_cast<unsigned char>(0xC0 | (u >> 6));
-            *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
-        } else if (isHigh(u) && i + 1 < length && isLow(units[i + 1])) {
-            const unsigned code = 0x10000 + ((u - 0xD800) << 10) + (units[++i] - 0xDC00);
-            *o++ = static_cast<unsigned char>(0xF0 | (code >> 18));
-            *o++ = static_cast<unsigned char>(0x80 | ((code >> 12) & 0x3F));
-            *o++ = static_cast<unsigned char>(0x80 | ((code >> 6) & 0x3F));
-            *o++ = static_cast<unsigned char>(0x80 | (code & 0x3F));
-        } else {
-            if (isHigh(u) || isLow(u)) {
-                u = 0xFFFD;
+    if (length > out.capacity() - start) {
+        // One byte a unit at least; the string still grows geometrically.
+        out.reserve(std::max(start + length, 2 * out.capacity()));
+    }
+    std::size_t i = 0;
+    while (i < length) {
+        const std::size_t end = std::min(length, i + kChunkUnits);
+        unsigned char* o = buffer;
+        while (i < end) {
+#if defined(__SSE2__)
+            const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
+            const __m128i zero = _mm_setzero_si128();
+            for (; i + 8 <= end; i += 8, o += 8) {
+                const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+                if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(block, nonAscii), zero)) !=
+                    0xFFFF) {
+                    break;
+                }
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), _mm_packus_epi16(block, zero));
             }
-            *o++ = static_cast<unsigned char>(0xE0 | (u >> 12));
-            *o++ = static_cast<unsigned char>(0x80 | ((u >> 6) & 0x3F));
-            *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
+#else
+            for (; i + 4 <= end; i += 4, o += 4) {
+                std::uint64_t block;
+                std::memcpy(&block, units + i, sizeof block);
+                if ((block & 0xFF80FF80FF80FF80ULL) != 0) {
+                    break;
+                }
+                o[0] = static_cast<unsigned char>(units[i]);
+                o[1] = static_cast<unsigned char>(units[i + 1]);
+                o[2] = static_cast<unsigned char>(units[i + 2]);
+                o[3] = static_cast<unsigned char>(units[i + 3]);
+            }
+#endif
+            for (; i < end && units[i] < 0x80; ++i) {
+                *o++ = static_cast<unsigned char>(units[i]);
+            }
+            // The other units, up to the next ASCII one.
+            for (; i < end && units[i] >= 0x80; ++i) {
+                unsigned u = units[i];
+                if (u < 0x800) {
+                    *o++ = static_cast<unsigned char>(0xC0 | (u >> 6));
+                    *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
+                } else if (isHighSurrogate(u) && i + 1 < length && isLowSurrogate(units[i + 1])) {
+                    const unsigned code = 0x10000 + ((u - 0xD800) << 10) + (units[++i] - 0xDC00);
+                    *o++ = static_cast<unsigned char>(0xF0 | (code >> 18));
+                    *o++ = static_cast<unsigned char>(0x80 | ((code >> 12) & 0x3F));
+                    *o++ = static_cast<unsigned char>(0x80 | ((code >> 6) & 0x3F));
+                    *o++ = static_cast<unsigned char>(0x80 | (code & 0x3F));
+                } else {
+                    if (isHighSurrogate(u) || isLowSurrogate(u)) {
+                        u = 0xFFFD;
+                    }
+                    *o++ = static_cast<unsigned char>(0xE0 | (u >> 12));
+                    *o++ = static_cast<unsigned char>(0x80 | ((u >> 6) & 0x3F));
+                    *o++ = static_cast<unsigned char>(0x80 | (u & 0x3F));
+                }
+            }
         }
+        out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(o - buffer));
+    }
+    if (replaceHexOneA && out.size() > start) {
+        replaceOneAIn(&out[start], out.size() - start);
     }
 }
 
@@ -190,13 +241,7 @@ bool Utf8String::isUtf8(const std::string& name, std::string& normalised) {
     return normalised == sUTF8;
 }
 
-void Utf8String::replaceOneA(char* bytes, std::size_t length) {
-    char* const end = bytes + length;
-    for (char* p = static_cast<char*>(std::memchr(bytes, 0x1A, length)); p != nullptr;
-         p = static_cast<char*>(std::memchr(p + 1, 0x1A, static_cast<std::size_t>(end - p - 1)))) {
-        *p = '?';
-    }
-}
+void Utf8String::replaceOneA(char* bytes, std::size_t length) { replaceOneAIn(bytes, length); }
 
 void Utf8String::encode(const std::string& local, std::string& utf8) {
     if (m_localIsUtf8) {

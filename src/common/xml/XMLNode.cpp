@@ -16,16 +16,39 @@ bool isBlank(const std::string& text) {
 
 XMLNode::XMLNode(std::string name) : m_name(std::move(name)) {}
 
-// Children are taken off the tree before they are deleted, so that every delete below meets a
-// node without children: the depth of the tree never reaches the call stack.
+// A node is deleted only once its children are, and with none left, so no delete below ever
+// recurses: the depth of the tree never reaches the call stack. The walk keeps the path from
+// this node down to the node at hand, with the next child to visit at each level, and so needs
+// memory for the depth of the tree only, however many children a node has. Nodes go in document
+// order, children before their parent, which is about the order they were made in.
 XMLNode::~XMLNode() {
-    std::vector<XMLNode*> pending = std::move(m_children);
-    while (!pending.empty()) {
-        XMLNode* node = pending.back();
-        pending.pop_back();
-        pending.insert(pending.end(), node->m_children.begin(), node->m_children.end());
-        node->m_children.clear();
-        delete node;
+    if (m_children.empty()) {
+        return;
+    }
+    struct Level {
+        XMLNode* node;
+        std::size_t next;
+    };
+    std::vector<Level> path{{this, 0}};
+    for (;;) {
+        Level& level = path.back();
+        std::vector<XMLNode*>& children = level.node->m_children;
+        if (level.next < children.size()) {
+            XMLNode* const child = children[level.next++];
+            if (child->m_children.empty()) {
+                delete child;
+            } else {
+                path.push_back({child, 0});
+            }
+            continue;
+        }
+        children.clear();
+        XMLNode* const done = level.node;
+        path.pop_back();
+        if (path.empty()) {
+            break;  // this node, now without children
+        }
+        delete done;
     }
 }
 

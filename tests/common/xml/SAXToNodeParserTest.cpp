@@ -399,6 +399,123 @@ TEST(SAXToNodeParserTest, ElementsDeeperThan1024LevelsAreRefused) {
     EXPECT_EQ(failureOf(unclosed).rfind("The XML document is nested too deeply.", 0), 0U);
 }
 
+// A document far larger than the batches in which the tree is built: every node, attribute
+// and text is where it belongs, whatever batch its element began or ended in.
+TEST(SAXToNodeParserTest, LargeDocumentsBuildTheSameTreeInEveryPart) {
+    const int kItems = 6000;
+    std::string xml =
+        "<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:p='urn:p'>head";
+    for (int i = 0; i < kItems; ++i) {
+        const std::string n = std::to_string(i);
+        xml += "\n  <item id='" + n + "' p:note='n\xc3\xa9" + n + "' xsi:type='p:T" + n +
+               "'>before<v>" + std::string(static_cast<std::size_t>(i % 50), 'x') + n +
+               "</v>\xe6\x9d\xb1<w/>after" + n + "</item>";
+    }
+    xml += "\ntail</r>";
+
+    SAXToNodeParser parser;
+    XMLNode* root = parser.parseString(xml);
+    ASSERT_EQ(root->getChildren().size(), static_cast<std::size_t>(kItems));
+    std::string rootText = "head";
+    for (int i = 0; i < kItems; ++i) {
+        rootText += "\n  ";
+    }
+    rootText += "\ntail";
+    EXPECT_EQ(root->getText(), rootText);
+    for (int i = 0; i < kItems; ++i) {
+        const std::string n = std::to_string(i);
+        const XMLNode* item = root->getChildren()[static_cast<std::size_t>(i)];
+        ASSERT_EQ(item->getName(), "item");
+        ASSERT_EQ(item->getParent(), root);
+        ASSERT_EQ(item->attrs(), (XMLNode::Attributes{{"id", n}, {"p:note", "n\xc3\xa9" + n}}));
+        ASSERT_EQ(item->getExtensionName(), "T" + n);
+        ASSERT_EQ(item->getText(), "before\xe6\x9d\xb1" "after" + n);
+        ASSERT_EQ(item->getChildren().size(), 2U);
+        const XMLNode* v = item->getChildren()[0];
+        ASSERT_EQ(v->getName(), "v");
+        ASSERT_EQ(v->getParent(), item);
+        ASSERT_EQ(v->getText(), std::string(static_cast<std::size_t>(i % 50), 'x') + n);
+        ASSERT_TRUE(v->getChildren().empty());
+        const XMLNode* w = item->getChildren()[1];
+        ASSERT_EQ(w->getName(), "w");
+        ASSERT_EQ(w->getText(), "");
+        ASSERT_EQ(w->getParent(), item);
+    }
+}
+
+// Long texts, given in one piece or grown from many, between and inside child elements.
+TEST(SAXToNodeParserTest, LongTextsBetweenChildren) {
+    const std::string big(70000, 'b');
+    std::string pieces;
+    for (int i = 0; i < 3000; ++i) {
+        pieces += "p&amp;" + std::to_string(i);
+    }
+    std::string piecesText;
+    for (int i = 0; i < 3000; ++i) {
+        piecesText += "p&" + std::to_string(i);
+    }
+    SAXToNodeParser parser;
+    XMLNode* root = parser.parseString("<r>\n small<c>" + big + "</c>" + big + "<d>in" + pieces +
+                                       "<e/>" + big + "</d>" + pieces + "\xc3\xa9</r>");
+    EXPECT_EQ(root->getText(), "\n small" + big + piecesText + "\xc3\xa9");
+    ASSERT_EQ(root->getChildren().size(), 2U);
+    EXPECT_EQ(root->getChildren()[0]->getText(), big);
+    const XMLNode* d = root->getChildren()[1];
+    EXPECT_EQ(d->getText(), "in" + piecesText + big);
+    ASSERT_EQ(d->getChildren().size(), 1U);
+    EXPECT_EQ(d->getChildren()[0]->getText(), "");
+}
+
+// A failure after much of the tree has been built leaves nothing, and the parser reads the
+// next document as if it were its first.
+TEST(SAXToNodeParserTest, LateFailuresLeaveNoTree) {
+    std::string body;
+    for (int i = 0; i < 20000; ++i) {
+        body += "<a k='" + std::to_string(i) + "'>text</a>";
+    }
+    SAXToNodeParser parser;
+    EXPECT_THROW(parser.parseString("<r>" + body + "<broken></r>"), DomException);
+    EXPECT_EQ(parser.getRootNode(), nullptr);
+    std::string deep = "<r>" + body;
+    for (int i = 0; i < 1100; ++i) {
+        deep += "<d>";
+    }
+    EXPECT_EQ(failureOf(deep).rfind("The XML document is nested too deeply.", 0), 0U);
+    XMLNode* root = parser.parseString("<r>" + body + "</r>");
+    ASSERT_EQ(root->getChildren().size(), 20000U);
+    EXPECT_EQ(root->getChildren().back()->getAttr("k"), "19999");
+}
+
+// Two attribute names that convert to the same local name: the last one in the document stays.
+TEST(SAXToNodeParserTest, TheLastOfAttributesWithOneLocalNameStays) {
+    SAXToNodeParser parser;
+    XMLNode* root = parser.parseString(
+        "<r a\xe6\x9d\xb1='first' a\xe4\xba\xac='second' b='3'/>", "windows-1252");
+    EXPECT_EQ(root->attrs(), (XMLNode::Attributes{{"a\x1a", "second"}, {"b", "3"}}));
+}
+
+// Nodes the caller adds to a parsed tree are owned by it like the others.
+TEST(SAXToNodeParserTest, NodesAddedToAParsedTreeGoWithIt) {
+    SAXToNodeParser parser;
+    XMLNode* root = parser.parseString("<r><a/><b><c/></b></r>");
+    XMLNode* added = root->getChildren()[1]->addChild(new XMLNode("added"));
+    added->addChild(new XMLNode("below"));
+    EXPECT_EQ(added->getParent(), root->getChildren()[1]);
+    EXPECT_EQ(root->getChildren()[1]->getChildren().size(), 2U);
+    parser.parseString("<next/>");
+}
+
+TEST(SAXToNodeParserTest, WideTreesAreDestroyed) {
+    auto* root = new XMLNode("root");
+    for (int i = 0; i < 1000; ++i) {
+        XMLNode* child = root->addChild(new XMLNode("c"));
+        for (int j = 0; j < 100; ++j) {
+            child->addChild(new XMLNode("g"));
+        }
+    }
+    delete root;
+}
+
 TEST(SAXToNodeParserTest, DeepTreesAreDestroyedWithoutRecursion) {
     auto* root = new XMLNode("root");
     XMLNode* node = root;

@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <iterator>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -159,6 +162,86 @@ TEST(Utf8StringTest, DecodesUtf16IntoUtf8) {
     EXPECT_EQ(out,
               "a\xef\xbf\xbd"
               "b");
+}
+
+// UTF-8 written unit by unit, the plainest way: the reference for the conversion, which
+// works a block of units at a time.
+std::string referenceUtf8(const std::u16string& units, bool replaceHexOneA) {
+    std::string out;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        std::uint32_t c = units[i];
+        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < units.size() && units[i + 1] >= 0xDC00 &&
+            units[i + 1] <= 0xDFFF) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00u);
+        } else if (c >= 0xD800 && c <= 0xDFFF) {
+            c = 0xFFFD;
+        }
+        if (c < 0x80) {
+            out += static_cast<char>(replaceHexOneA && c == 0x1A ? '?' : c);
+        } else if (c < 0x800) {
+            out += static_cast<char>(0xC0 | (c >> 6));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        } else if (c < 0x10000) {
+            out += static_cast<char>(0xE0 | (c >> 12));
+            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        } else {
+            out += static_cast<char>(0xF0 | (c >> 18));
+            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return out;
+}
+
+// Runs of ASCII of every length around the block size, mixed with two-, three- and four-byte
+// characters, lone surrogates and the substitution byte, in texts from empty to several
+// thousand units: whatever falls on a block or chunk boundary, the result is the reference's,
+// appended to what the string held.
+TEST(Utf8StringTest, DecodesEveryMixOfAsciiAndOtherUnits) {
+    Utf8String utf8("UTF-8");
+    const std::u16string pieces[] = {u"\u00e9", u"\u6771", u"\U0001F600", {char16_t(0xD800)},
+                                     {char16_t(0xDC00)}, u"\u001a", u"\u007f\u0080"};
+    std::uint64_t state = 12345;
+    auto next = [&state](std::size_t n) {
+        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+        return static_cast<std::size_t>((state >> 33) % n);
+    };
+    for (int round = 0; round < 400; ++round) {
+        std::u16string text;
+        const std::size_t parts = next(round < 200 ? 4 : 60);
+        for (std::size_t p = 0; p < parts; ++p) {
+            text.append(next(40), static_cast<char16_t>(u'a' + next(26)));
+            if (next(3) != 0) {
+                text += pieces[next(std::size(pieces))];
+            }
+        }
+        for (const bool replace : {false, true}) {
+            std::string out = "before:";
+            utf8.decode(text.data(), text.size(), out, replace);
+            ASSERT_EQ(out, "before:" + referenceUtf8(text, replace)) << "round " << round;
+        }
+    }
+}
+
+// A surrogate pair split by the end of a chunk of the conversion (256 units) is still one
+// character.
+TEST(Utf8StringTest, SurrogatePairsAcrossChunkBoundaries) {
+    Utf8String utf8("UTF-8");
+    for (std::size_t before = 250; before < 262; ++before) {
+        std::u16string text(before, u'x');
+        text += u"\U0001F600";
+        text.append(300, u'y');
+        std::string out;
+        utf8.decode(text.data(), text.size(), out, false);
+        EXPECT_EQ(out, referenceUtf8(text, false)) << before;
+    }
+    // A high surrogate that ends the text stays unpaired.
+    const char16_t last[] = {u'a', 0xD83D};
+    std::string out;
+    utf8.decode(last, 2, out, false);
+    EXPECT_EQ(out, "a\xef\xbf\xbd");
 }
 
 // A character that the page cannot represent becomes its substitution byte, 0x1A for
