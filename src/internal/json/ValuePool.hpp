@@ -16,8 +16,8 @@ namespace Corvane::Soa::Internal::Json {
 /// of its carving region to the depot. The pool keeps its memory for reuse; it is never returned
 /// to the heap.
 ///
-/// Under AddressSanitizer free blocks are poisoned, so a value used after its release is reported,
-/// and releasing a block twice aborts with a message.
+/// Under AddressSanitizer each value has a heap block of its own, so that the sanitizer's leak,
+/// use-after-release and double-release checks see every value.
 class ValuePool {
 public:
     /// Requests above this size are passed to the global heap.
