@@ -266,7 +266,7 @@ private:
         const char16_t* data() const noexcept { return m_data.get(); }
         std::size_t size() const noexcept { return m_size; }
         void clear() noexcept { m_size = 0; }
-        // Gives back the memory of a record that once had to hold a very long text.
+        // Gives back the memory that a large document needed, keeping what a small one does.
         void trim() noexcept {
             if (m_capacity > kKeptUnits) {
                 m_data.reset();
@@ -276,7 +276,8 @@ private:
         }
 
     private:
-        static constexpr std::size_t kKeptUnits = 64 * 1024;
+        static constexpr std::size_t kFirstUnits = 1024;
+        static constexpr std::size_t kKeptUnits = 16 * 1024;
         void grow(std::size_t units);
 
         std::unique_ptr<char16_t[]> m_data;
@@ -321,7 +322,7 @@ private:
 };
 
 void SAXToNodeParser::Impl::Events::grow(std::size_t units) {
-    const std::size_t capacity = std::max({2 * m_capacity, m_size + units, kBatchUnits * 2});
+    const std::size_t capacity = std::max({2 * m_capacity, m_size + units, kFirstUnits});
     std::unique_ptr<char16_t[]> data(new char16_t[capacity]);
     if (m_size != 0) {
         std::memcpy(data.get(), m_data.get(), m_size * sizeof(char16_t));
