@@ -18,13 +18,15 @@ std::string JSONException::getMessage() const { return m_message; }
 
 const char* JSONException::what() const noexcept { return m_message.c_str(); }
 
-// The derived exceptions differ only in their type.
+// The derived exceptions differ only in their type (a class name, which parentheses would break).
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define CORVANE_SOA_JSON_EXCEPTION(Name)                                   \
     Name::Name() = default;                                                \
     Name::Name(std::string message) : JSONException(std::move(message)) {} \
     Name::Name(const Name& other) = default;                               \
     Name& Name::operator=(const Name& other) = default;                    \
     Name::~Name() = default;
+// NOLINTEND(bugprone-macro-parentheses)
 
 CORVANE_SOA_JSON_EXCEPTION(KeyNotFoundException)
 CORVANE_SOA_JSON_EXCEPTION(InvalidTypeException)

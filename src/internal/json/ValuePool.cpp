@@ -43,7 +43,7 @@ constexpr std::size_t kSmallest = 2 * sizeof(void*);
 // Blocks that move between a thread and the depot at once.
 constexpr std::size_t kBatch = 128;
 // Below malloc's threshold for mapping memory of its own: chunks come from the ordinary heap.
-constexpr std::size_t kChunkBytes = 32 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{32} * 1024;
 constexpr std::size_t kChunkHeader = 16;
 
 std::size_t classOf(std::size_t size) {
