@@ -43,7 +43,7 @@ format-check:
 	git ls-files '*.hpp' '*.cpp' | xargs clang-format --dry-run --Werror
 
 tidy: build
-	git ls-files 'src/*.cpp' 'cli/*.cpp' | xargs clang-tidy -p build/default --quiet
+	scripts/run-tidy build/default
 
 clean:
 	rm -rf build

@@ -277,7 +277,7 @@ private:
 
     private:
         static constexpr std::size_t kFirstUnits = 1024;
-        static constexpr std::size_t kKeptUnits = 16 * 1024;
+        static constexpr std::size_t kKeptUnits = std::size_t{16} * 1024;
         void grow(std::size_t units);
 
         std::unique_ptr<char16_t[]> m_data;
@@ -285,7 +285,7 @@ private:
         std::size_t m_capacity = 0;
     };
     // A batch is built once the record reaches this many units (64 KB).
-    static constexpr std::size_t kBatchUnits = 32 * 1024;
+    static constexpr std::size_t kBatchUnits = std::size_t{32} * 1024;
     static constexpr char16_t kStart = 1;
     static constexpr char16_t kText = 2;
     static constexpr char16_t kEnd = 3;
@@ -315,7 +315,7 @@ private:
         bool direct;           // whether its text goes to its node straight
     };
     // Text this long (in units or bytes) is converted and kept without a copy between.
-    static constexpr std::size_t kLargeText = 16 * 1024;
+    static constexpr std::size_t kLargeText = std::size_t{16} * 1024;
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
     std::string m_openText;
@@ -516,7 +516,7 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
     } else {
         m_root->addChild(node);
     }
-    made.release();
+    static_cast<void>(made.release());  // the tree owns the node now
     m_open.push_back(Open{m_pending.size(), m_openText.size(), false});
     m_current = node;
 
@@ -602,11 +602,11 @@ void SAXToNodeParser::Impl::clearOpen() {
     m_openText.clear();
     m_events.clear();
     // What one very large document needed is not kept for the next.
-    constexpr std::size_t kKeptBytes = 64 * 1024;
+    constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
     if (m_openText.capacity() > kKeptBytes) {
         std::string().swap(m_openText);
     }
-    if (m_pending.capacity() * sizeof(XMLNode*) > kKeptBytes) {
+    if (m_pending.capacity() > kKeptBytes / sizeof(void*)) {  // pointers to nodes
         std::vector<XMLNode*>().swap(m_pending);
     }
     if (m_open.capacity() * sizeof(Open) > kKeptBytes) {
@@ -786,7 +786,10 @@ bool SAXToNodeParser::checkForIllegalXMLchars(const std::string& xml, std::strin
             continue;
         }
         ++column;
-        const auto value = static_cast<int>(static_cast<signed char>(c));
+        // Bytes are taken as signed on purpose: every byte of 0x80 or more is flagged, and is
+        // reported as its sign-extended value.
+        const auto value =
+            static_cast<int>(static_cast<signed char>(c));  // NOLINT(bugprone-signed-char-misuse)
         if (value >= 0x20 && value != 0x7F) {
             continue;
         }

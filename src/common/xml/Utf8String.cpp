@@ -304,7 +304,7 @@ void Utf8String::convert(UConverter* from, UConverter* to, const char* bytes, st
             char16_t* target = unicode;
             UErrorCode status = U_ZERO_ERROR;
             ucnv_toUnicode(from, &target, unicode + sUnicodeBufferSize, &source, pieceEnd, nullptr,
-                           lastPiece, &status);
+                           static_cast<UBool>(lastPiece), &status);
             handleError(from, status, true);
             more = status == U_BUFFER_OVERFLOW_ERROR;
             fromUnicode(to, unicode, target, lastPiece && !more, false, out);
@@ -320,8 +320,8 @@ void Utf8String::fromUnicode(UConverter* to, const char16_t* begin, const char16
     do {
         char* target = buffer;
         UErrorCode status = U_ZERO_ERROR;
-        ucnv_fromUnicode(to, &target, buffer + sLocalBufferSize, &source, end, nullptr, flush,
-                         &status);
+        ucnv_fromUnicode(to, &target, buffer + sLocalBufferSize, &source, end, nullptr,
+                         static_cast<UBool>(flush), &status);
         handleError(to, status, false);
         more = status == U_BUFFER_OVERFLOW_ERROR;
         const auto produced = static_cast<std::size_t>(target - buffer);
