@@ -429,7 +429,10 @@ TEST(SAXToNodeParserTest, LargeDocumentsBuildTheSameTreeInEveryPart) {
         ASSERT_EQ(item->getParent(), root);
         ASSERT_EQ(item->attrs(), (XMLNode::Attributes{{"id", n}, {"p:note", "n\xc3\xa9" + n}}));
         ASSERT_EQ(item->getExtensionName(), "T" + n);
-        ASSERT_EQ(item->getText(), "before\xe6\x9d\xb1" "after" + n);
+        ASSERT_EQ(item->getText(),
+                  "before\xe6\x9d\xb1"
+                  "after" +
+                      n);
         ASSERT_EQ(item->getChildren().size(), 2U);
         const XMLNode* v = item->getChildren()[0];
         ASSERT_EQ(v->getName(), "v");
@@ -489,8 +492,8 @@ TEST(SAXToNodeParserTest, LateFailuresLeaveNoTree) {
 // Two attribute names that convert to the same local name: the last one in the document stays.
 TEST(SAXToNodeParserTest, TheLastOfAttributesWithOneLocalNameStays) {
     SAXToNodeParser parser;
-    XMLNode* root = parser.parseString(
-        "<r a\xe6\x9d\xb1='first' a\xe4\xba\xac='second' b='3'/>", "windows-1252");
+    XMLNode* root = parser.parseString("<r a\xe6\x9d\xb1='first' a\xe4\xba\xac='second' b='3'/>",
+                                       "windows-1252");
     EXPECT_EQ(root->attrs(), (XMLNode::Attributes{{"a\x1a", "second"}, {"b", "3"}}));
 }
 

@@ -201,8 +201,9 @@ std::string referenceUtf8(const std::u16string& units, bool replaceHexOneA) {
 // appended to what the string held.
 TEST(Utf8StringTest, DecodesEveryMixOfAsciiAndOtherUnits) {
     Utf8String utf8("UTF-8");
-    const std::u16string pieces[] = {u"\u00e9", u"\u6771", u"\U0001F600", {char16_t(0xD800)},
-                                     {char16_t(0xDC00)}, u"\u001a", u"\u007f\u0080"};
+    const std::u16string pieces[] = {u"\u00e9",          u"\u6771",          u"\U0001F600",
+                                     {char16_t(0xD800)}, {char16_t(0xDC00)}, u"\u001a",
+                                     u"\u007f\u0080"};
     std::uint64_t state = 12345;
     auto next = [&state](std::size_t n) {
         state = state * 6364136223846793005ULL + 1442695040888963407ULL;
