@@ -284,8 +284,14 @@ private:
         std::size_t m_size = 0;
         std::size_t m_capacity = 0;
     };
-    // A batch is built once the record reaches this many units (64 KB).
+    // A batch is built once the record reaches this many units (64 KB). Fuzzed documents are
+    // small, so fuzzing builds make batches and long texts small too: then they reach the batch
+    // boundaries and the path of long texts.
+#if defined(FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION)
+    static constexpr std::size_t kBatchUnits = 64;
+#else
     static constexpr std::size_t kBatchUnits = std::size_t{32} * 1024;
+#endif
     static constexpr char16_t kStart = 1;
     static constexpr char16_t kText = 2;
     static constexpr char16_t kEnd = 3;
@@ -315,7 +321,11 @@ private:
         bool direct;           // whether its text goes to its node straight
     };
     // Text this long (in units or bytes) is converted and kept without a copy between.
+#if defined(FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION)
+    static constexpr std::size_t kLargeText = 48;
+#else
     static constexpr std::size_t kLargeText = std::size_t{16} * 1024;
+#endif
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
     std::string m_openText;
