@@ -6,6 +6,7 @@
 #include <unicode/ucnv.h>
 
 #include "RatioReporter.hpp"
+#include "SplitMix.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,20 +22,7 @@ using Corvane::Soa::Common::Xml::Utf8String;
 constexpr std::size_t kLocalBytes = 10 * 1000 * 1000;
 constexpr const char* kCodePage = "Shift_JIS";
 
-// splitmix64: the same text on every platform and standard library.
-class Random {
-public:
-    explicit Random(std::uint64_t seed) : m_state(seed) {}
-    std::size_t below(std::size_t n) {
-        std::uint64_t z = (m_state += 0x9E3779B97F4A7C15ULL);
-        z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27U)) * 0x94D049BB133111EBULL;
-        return static_cast<std::size_t>((z ^ (z >> 31U)) % n);
-    }
-
-private:
-    std::uint64_t m_state;
-};
+using Random = cvsoa::bench::SplitMix;
 
 // Converts with ucnv_convert into a buffer of `capacity` bytes; throws on failure.
 std::string convert(const char* to, const char* from, const std::string& text,

@@ -15,6 +15,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "RatioReporter.hpp"
+#include "SplitMix.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,20 +31,7 @@ namespace {
 namespace X = XERCES_CPP_NAMESPACE;
 using Corvane::Soa::Common::Xml::SAXToNodeParser;
 
-// splitmix64: the same document on every platform and standard library.
-class Random {
-public:
-    explicit Random(std::uint64_t seed) : m_state(seed) {}
-    std::size_t below(std::size_t n) {
-        std::uint64_t z = (m_state += 0x9E3779B97F4A7C15ULL);
-        z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27U)) * 0x94D049BB133111EBULL;
-        return static_cast<std::size_t>((z ^ (z >> 31U)) % n);
-    }
-
-private:
-    std::uint64_t m_state;
-};
+using Random = cvsoa::bench::SplitMix;
 
 // A service response of about 10 MB, indented as servers send it: namespaced model objects
 // with attributes, properties holding one or more values, references between objects, escaped

@@ -11,6 +11,7 @@
 #include <pugixml.hpp>
 #include "RatioReporter.hpp"
 #include "ReferenceEscapers.hpp"
+#include "SplitMix.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -43,21 +44,7 @@ constexpr const char* kNaiveJson = "naiveJsonEscape/1MiB";
 constexpr const char* kXmlStream = "XmlStream/200k_elements";
 constexpr const char* kPugixml = "pugixml/200k_elements";
 
-// splitmix64: the same sequence on every platform and standard library.
-class Random {
-public:
-    explicit Random(std::uint64_t seed) : m_state(seed) {}
-    std::uint64_t next() {
-        std::uint64_t z = (m_state += 0x9E3779B97F4A7C15ULL);
-        z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27U)) * 0x94D049BB133111EBULL;
-        return z ^ (z >> 31U);
-    }
-    std::size_t below(std::size_t n) { return static_cast<std::size_t>(next() % n); }
-
-private:
-    std::uint64_t m_state;
-};
+using Random = cvsoa::bench::SplitMix;
 
 const std::vector<std::string>& words() {
     static const std::vector<std::string> list = {
