@@ -17,7 +17,6 @@ namespace Corvane::Soa::Common::Xml {
 namespace {
 
 constexpr std::size_t kIndentLevels = 18;
-constexpr std::size_t kInitialRoom = 256;
 
 std::vector<std::string> makeIndents(std::size_t tabSize) {
     std::vector<std::string> indents;
@@ -59,9 +58,7 @@ constexpr std::ptrdiff_t kLeastDirectRoom = 64;
 JsonStream::JsonStream(std::ostream* out) : JsonStream(out, nullptr) {}
 
 JsonStream::JsonStream(std::ostream* out, Utf8String* transcoder)
-    : m_indent(sIndents().front()), m_out(out), m_transcoder(transcoder) {
-    m_buffer.resize(kInitialRoom);
-}
+    : m_indent(sIndents().front()), m_out(out), m_transcoder(transcoder) {}
 
 JsonStream::~JsonStream() = default;
 
