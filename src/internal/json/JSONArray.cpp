@@ -40,6 +40,9 @@ JSONArray::~JSONArray() {
     for (const Element& element : m_elements) {
         __builtin_prefetch(element.value.get());
     }
+    for (auto element = m_elements.rbegin(); element != m_elements.rend(); ++element) {
+        element->value.reset();
+    }
 }
 
 void JSONArray::append(ValueType kind, AutoPtr<Value> value) {

@@ -21,7 +21,7 @@ using Common::Xml::lexical_cast;
 
 namespace {
 
-using Members = std::vector<JSONObject::Member>;
+using Members = JSONObject::Members;
 
 // std::string compares through char_traits<char>, which orders bytes as unsigned char: the
 // plain byte-wise order of the keys.
@@ -65,6 +65,11 @@ Value& nullStandIn() {
 JSONObject::~JSONObject() {
     for (const Member& member : m_members) {
         __builtin_prefetch(member.second.get());
+    }
+    // Last first: the members that are containers wait in the destruction queue, which hands out
+    // the last one queued first, so the tree is taken apart in document order.
+    for (auto member = m_members.rbegin(); member != m_members.rend(); ++member) {
+        member->second.reset();
     }
 }
 

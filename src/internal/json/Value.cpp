@@ -1,3 +1,5 @@
+#include <corvane/soa/internal/json/JSONArray.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 
 #include "internal/json/ValuePool.hpp"
@@ -54,6 +56,17 @@ public:
         return true;
     }
 
+    // The value `depth` places below the top, or null.
+    Value* peek(std::size_t depth) const noexcept {
+        for (const Node* node = m_top; node != nullptr; node = node->below) {
+            if (depth < node->count) {
+                return node->items[node->count - 1 - depth];
+            }
+            depth -= node->count;
+        }
+        return nullptr;
+    }
+
     Value* pop() noexcept {
         while (m_top != nullptr && m_top->count == 0) {
             Node* empty = m_top;
@@ -87,12 +100,50 @@ private:
                               // does not take and give back a block each time
 };
 
+constexpr std::size_t kLine = 64;
+
+void prefetchRange(const void* begin, std::size_t bytes) {
+    const auto* p = static_cast<const char*>(begin);
+    for (std::size_t offset = 0; offset < bytes; offset += kLine) {
+        __builtin_prefetch(p + offset);
+    }
+}
+
 }  // namespace
+
+// Fetches the member or element array of a container whose header is at hand.
+void Value::prefetchStorage(const Value* container) noexcept {
+    if (container->getType() == OBJECT) {
+        const auto& members = static_cast<const JSONObject*>(container)->m_members;
+        prefetchRange(members.data(), members.size() * sizeof(JSONObject::Member));
+    } else {
+        const auto& elements = static_cast<const JSONArray*>(container)->m_elements;
+        prefetchRange(elements.data(), elements.size() * sizeof(JSONArray::Element));
+    }
+}
+
+// Fetches the headers of a container's members, whose array is at hand.
+void Value::prefetchChildren(const Value* container) noexcept {
+    if (container->getType() == OBJECT) {
+        for (const auto& member : static_cast<const JSONObject*>(container)->m_members) {
+            __builtin_prefetch(member.second.get());
+        }
+    } else {
+        for (const auto& element : static_cast<const JSONArray*>(container)->m_elements) {
+            __builtin_prefetch(element.value.get());
+        }
+    }
+}
 
 // A container's destructor releases its children, and a child container whose last holder that
 // was would be destroyed inside it: a deep tree would recurse as deep as it is. Instead, while one
 // destruction runs on this thread, containers that reach a count of zero wait in its queue and
 // are destroyed one after the other at the outermost level.
+//
+// A large tree is mostly out of the cache by the time it is released, and taking it apart chases
+// pointers: container, member array, member. The queue tells what comes next, so the loop fetches
+// ahead in stages: the header of the third container waiting, the member array of the second
+// (whose header came with the previous turn), the members of the next one.
 void Value::destroy(Value* value) noexcept {
     thread_local PendingQueue* pending = nullptr;
     const ValueType type = value->getType();
@@ -102,6 +153,7 @@ void Value::destroy(Value* value) noexcept {
         return;
     }
     if (pending != nullptr) {
+        prefetchStorage(value);
         if (!pending->push(value)) {
             // No room to queue it: destroy it here, recursing one level deeper.
             delete value;
@@ -112,6 +164,15 @@ void Value::destroy(Value* value) noexcept {
     pending = &queue;
     delete value;
     while (Value* next = queue.pop()) {
+        if (Value* second = queue.peek(0)) {
+            prefetchChildren(second);
+            if (Value* third = queue.peek(1)) {
+                prefetchStorage(third);
+                if (Value* fourth = queue.peek(2)) {
+                    __builtin_prefetch(fourth);
+                }
+            }
+        }
         delete next;
     }
     pending = nullptr;

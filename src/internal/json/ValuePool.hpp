@@ -21,7 +21,7 @@ namespace Corvane::Soa::Internal::Json {
 class ValuePool {
 public:
     /// Requests above this size are passed to the global heap.
-    static constexpr std::size_t kLargest = 128;
+    static constexpr std::size_t kLargest = 512;
 
     static void* allocate(std::size_t size);
     /// `size` must be the size given to `allocate`.

@@ -121,7 +121,7 @@ TEST(ValuePool, ThreadsReleasingEachOthersValuesAtOnce) {
 }
 
 TEST(ValuePool, SmallArraysAndLargeOnesKeepTheirElements) {
-    // Element storage of up to 128 bytes comes from the pool, larger from the heap; growing an
+    // Element storage of up to 512 bytes comes from the pool, larger from the heap; growing an
     // array moves it from one to the other.
     AutoPtr<JSONArray> array(new JSONArray);
     for (int i = 0; i < 100; ++i) {

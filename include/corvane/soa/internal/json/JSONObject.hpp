@@ -4,6 +4,7 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
+#include <corvane/soa/internal/json/ValueAllocator.hpp>
 
 #include <string>
 #include <type_traits>
@@ -23,6 +24,8 @@ class Parser;
 class CORVANE_SOA_API JSONObject : public Value {
 public:
     using Member = std::pair<std::string, Common::AutoPtr<Value>>;
+    /// The member storage comes from the values' pool, as the values themselves.
+    using Members = std::vector<Member, ValueAllocator<Member>>;
 
     JSONObject() = default;
     ~JSONObject() override;
@@ -72,7 +75,7 @@ public:
     double getKeyAsDouble(const std::string& key) const;
 
     /// The members in key order.
-    const std::vector<Member>& getMembers() const noexcept { return m_members; }
+    const Members& getMembers() const noexcept { return m_members; }
 
     /// Prints the object as indented JSON text at level 0.
     void serializeObject(std::ostream& os) const;
@@ -87,7 +90,7 @@ private:
     void put(const std::string& key, Common::AutoPtr<Value> value);
     const Value& find(const std::string& key) const;
 
-    std::vector<Member> m_members;  // sorted by key
+    Members m_members;  // sorted by key
 };
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -21,9 +21,10 @@ class JSONArray;
 /// Destroying a tree never recurses, however deep it is: containers whose last holder lets go
 /// are taken apart one at a time.
 ///
-/// Values of up to 128 bytes are allocated from a pool of blocks kept for values, not from the
-/// global heap: building and releasing a large tree costs no heap call per value. A value may be
-/// released on another thread than the one that made it.
+/// Values, and the member and element arrays of containers up to 512 bytes, are allocated from
+/// a pool of blocks kept for them, not from the global heap: building and releasing a large tree
+/// costs no heap call per value. A value may be released on another thread than the one that
+/// made it.
 class CORVANE_SOA_API Value {
 public:
     /// Kinds of values; the numbers are fixed.
@@ -80,6 +81,8 @@ protected:
 
 private:
     static void destroy(Value* value) noexcept;
+    static void prefetchStorage(const Value* container) noexcept;
+    static void prefetchChildren(const Value* container) noexcept;
 
     std::uint32_t m_refCount = 0;
 };
