@@ -1,12 +1,14 @@
 #ifndef CVSOA_BENCH_RATIOREPORTER_HPP
 #define CVSOA_BENCH_RATIOREPORTER_HPP
 
-// The console table of Google Benchmark, remembering the mean real time per iteration of every
-// benchmark so that a program can print its ratios against its peers after the table.
+// The console table of Google Benchmark, remembering the real time per iteration of every
+// benchmark and repetition so that a program can print its ratios (of medians) against its peers
+// after the table.
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <iomanip>
 #include <map>
 #include <ostream>
@@ -22,25 +24,29 @@ public:
 
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
-        // Single runs, or the means when only aggregates are reported.
+        // Each repetition's time, or the medians when only aggregates are reported.
         for (const Run& run : runs) {
-            const bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
-            if ((run.run_type != Run::RT_Iteration && !mean) || run.error_occurred ||
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if ((run.run_type != Run::RT_Iteration && !median) || run.error_occurred ||
                 run.iterations <= 0) {
                 continue;
             }
-            auto& [total, count] = (mean ? m_means : m_seconds)[run.run_name.str()];
-            total += run.real_accumulated_time / static_cast<double>(run.iterations);
-            ++count;
+            (median ? m_medians : m_runs)[run.run_name.str()].push_back(
+                run.real_accumulated_time / static_cast<double>(run.iterations));
         }
     }
 
-    // Mean seconds per iteration, or 0 when the benchmark did not run.
+    // Median seconds per iteration over the repetitions, or 0 when the benchmark did not run.
+    // The median, not the mean: on a shared machine a repetition now and then runs far slower.
     double seconds(const std::string& name) const {
-        for (const auto* times : {&m_seconds, &m_means}) {
+        for (const auto* times : {&m_runs, &m_medians}) {
             const auto found = times->find(name);
-            if (found != times->end()) {
-                return found->second.first / found->second.second;
+            if (found != times->end() && !found->second.empty()) {
+                std::vector<double> sorted = found->second;
+                std::sort(sorted.begin(), sorted.end());
+                const std::size_t middle = sorted.size() / 2;
+                return sorted.size() % 2 == 1 ? sorted[middle]
+                                              : (sorted[middle - 1] + sorted[middle]) / 2.0;
             }
         }
         return 0.0;
@@ -78,7 +84,7 @@ public:
         }
     }
 
-    // The mean time of one iteration, in milliseconds.
+    // The median time of one iteration, in milliseconds.
     void printTime(std::ostream& os, const std::string& name, const char* note) const {
         const double s = seconds(name);
         if (s > 0.0) {
@@ -88,8 +94,8 @@ public:
     }
 
 private:
-    std::map<std::string, std::pair<double, int>> m_seconds;
-    std::map<std::string, std::pair<double, int>> m_means;
+    std::map<std::string, std::vector<double>> m_runs;
+    std::map<std::string, std::vector<double>> m_medians;
 };
 
 }  // namespace cvsoa::bench
