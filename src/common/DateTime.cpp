@@ -245,8 +245,15 @@ bool DateTime::isDayLight() const {
 }
 
 std::string DateTime::toString() const {
+    std::string text;
+    appendTo(text);
+    return text;
+}
+
+void DateTime::appendTo(std::string& out) const {
     if (isNull()) {
-        return kNullWireText;
+        out += kNullWireText;
+        return;
     }
     const std::string& offset =
         isDayLight() ? LocalZone::daylightOffsetText() : LocalZone::standardOffsetText();
@@ -275,16 +282,18 @@ std::string DateTime::toString() const {
             *p++ = static_cast<char>('0' + rest[i] / 10);
             *p++ = static_cast<char>('0' + rest[i] % 10);
         }
-        std::string result(text, p);
-        result += offset;
-        return result;
+        out.reserve(out.size() + static_cast<std::size_t>(p - text) + offset.size());
+        out.append(text, p);
+        out += offset;
+        return;
     }
     std::string result = toString(kWireFormat);
     const std::size_t dash = result.find('-');
     if (dash < 4) {  // npos is never below 4
         result.insert(0, 4 - dash, '0');
     }
-    return result + offset;
+    out += result;
+    out += offset;
 }
 
 // The fields as the C library's broken-down time, with the daylight flag of this value.

@@ -1,7 +1,6 @@
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
-#include <corvane/soa/common/xml/LexicalCast.hpp>
 #include <corvane/soa/common/xml/Utf8String.hpp>
 
 #include "XmlTextAppend.hpp"
@@ -224,9 +223,12 @@ void JsonStream::putNumber(double value) {
     m_next = std::to_chars(m_next, m_limit, value, std::chars_format::general, 17).ptr;
 }
 
+// The wire text, as lexical_cast writes it, made in a buffer the stream keeps.
 void JsonStream::putDate(const DateTime& value) {
+    m_dateText.clear();
+    value.appendTo(m_dateText);
     put('"');
-    put(lexical_cast<std::string>(value));
+    put(m_dateText);
     put('"');
 }
 

@@ -40,6 +40,9 @@ public:
 
     /// The wire text form with the local offset of this value.
     std::string toString() const;
+    /// Appends the wire text form to `out`: writers that keep a buffer of their own need no
+    /// string of its own for each date.
+    void appendTo(std::string& out) const;
     /// The fields formatted with `strftime`; no offset is appended.
     std::string toString(const std::string& format) const;
 

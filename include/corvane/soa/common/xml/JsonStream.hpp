@@ -152,6 +152,7 @@ private:
     char* m_limit = nullptr;             // end of its room
     std::string m_escaped;               // escaped text awaiting transcoding
     std::string m_transcoded;            // its transcoded form
+    std::string m_dateText;              // a date's wire text
 };
 
 }  // namespace Corvane::Soa::Common::Xml
