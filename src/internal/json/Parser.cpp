@@ -434,10 +434,11 @@ private:
         const bool escaped = scanString(begin, end);
         consumeClosingQuote();
         if (m_transcode) {
-            std::string local;
-            m_transcoder.decode(std::string(begin, end), local);
+            m_raw.assign(begin, end);
+            m_local.clear();
+            m_transcoder.decode(m_raw, m_local);
             std::string out;
-            appendDecodedJson(out, local.data(), local.size());
+            appendDecodedJson(out, m_local.data(), m_local.size());
             return AutoPtr<Value>(new StringValue(std::move(out)));
         }
         if (escaped) {
@@ -720,6 +721,9 @@ private:
     // Members and elements of the open containers, innermost last.
     std::vector<PendingMember> m_members;
     std::vector<JSONArray::Element> m_elements;
+    // A string's raw text and its local form, when strings are transcoded.
+    std::string m_raw;
+    std::string m_local;
 };
 
 Parser::Parser() : m_transcoder(std::make_unique<Utf8String>()) {}
