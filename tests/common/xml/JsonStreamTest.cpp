@@ -97,33 +97,23 @@ TEST_F(JsonStreamTest, FirstOpenHasNoLineFeedAndEveryLaterTokenStartsALine) {
     stream.writeArrayClose();
     stream.writeKey("o");
     stream.writeObjectOpen();
+    stream.writeKey("b");  // no indent without a tab size
     stream.writeObjectClose();
     stream.writeObjectClose();
-    EXPECT_EQ(out.str(), "{\n\"a\":\n1,\n\"7\":\n[\n],\n\"o\":\n{\n}\n}");
+    EXPECT_EQ(out.str(), "{\n\"a\":\n1,\n\"7\":\n[\n],\n\"o\":\n{\n\"b\":\n}\n}");
+
+    // Before anything is opened, tokens are separated by commas only.
+    std::ostringstream loose;
+    JsonStream values(&loose);
+    values.writeValue(1);
+    values.writeValue(true);
+    values.writeCommaAndLineFeed();
+    values.writeValue("x");
+    EXPECT_TRUE(values.isEmpty());
+    EXPECT_EQ(loose.str(), "1,true,,\"x\"");
 }
 
-TEST_F(JsonStreamTest, BeforeAnythingIsOpenedTokensAreSeparatedByCommasOnly) {
-    JsonStream stream(&out);
-    stream.writeValue(1);
-    stream.writeValue(true);
-    stream.writeCommaAndLineFeed();
-    stream.writeValue("x");
-    EXPECT_TRUE(stream.isEmpty());
-    EXPECT_EQ(out.str(), "1,true,,\"x\"");
-}
-
-TEST_F(JsonStreamTest, TabSizeIndentsKeysByLevelAndDefaultsToNone) {
-    {
-        JsonStream stream(&out);
-        stream.writeObjectOpen();
-        stream.writeKey("a");
-        stream.writeObjectOpen();
-        stream.writeKey("b");
-        stream.writeObjectOpen();
-        stream.writeKey("c");
-        EXPECT_EQ(out.str(), "{\n\"a\":\n{\n\"b\":\n{\n\"c\":");
-    }
-    out.str("");
+TEST_F(JsonStreamTest, TabSizeIndentsKeysByLevel) {
     JsonStream::setTabSize(2);
     JsonStream stream(&out);
     stream.writeObjectOpen();
@@ -327,43 +317,6 @@ TEST_F(JsonStreamTest, AbsentAttributesAndEmptyCollectionsWriteNothingAndKeepThe
     EXPECT_EQ(out.str(), "{\n\"a\":\"x\",\n\"k\":\n2\n}");
 }
 
-TEST_F(JsonStreamTest, ObjectVectorIsAnArrayOfTheItems) {
-    Item first("x");
-    Item second("y");
-    JsonStream stream(&out);
-    stream.writeObjectOpen("urn:test.Top");
-    stream.writeVector(std::vector<BaseObject*>{&first, &second}, "items");
-    stream.writeObjectClose();
-    EXPECT_EQ(out.str(),
-              "{\n\".QName\":\"urn:test.Top\",\n\"items\":\n[\n{\n\"name\":\"x\"\n},\n{\n"
-              "\"name\":\"y\"\n}\n]\n}");
-}
-
-TEST_F(JsonStreamTest, MapEntriesStandOnOneLineWithoutIndentBeforeTheValue) {
-    JsonStream::setTabSize(2);
-    Entry first("k1", "v1");
-    Entry second("k/2", "v\"2");
-    const std::vector<BaseObject*> entries{&first, &second};
-    const std::string expected =
-        "{\n  \"m\":\n  {\n    \"k1\":\"v1\",\n    \"k\\/2\":\"v\\\"2\"\n  },\n  \"n\":1\n}";
-
-    JsonStream mapped(&out);
-    mapped.writeObjectOpen();
-    mapped.writeVectorMap(entries, "m");
-    mapped.writeAttribute("n", 1, true);
-    mapped.writeObjectClose();
-    EXPECT_EQ(out.str(), expected);
-
-    // An object vector whose first item is a map entry is written the same way.
-    std::ostringstream handedOver;
-    JsonStream vector(&handedOver);
-    vector.writeObjectOpen();
-    vector.writeVector(entries, "m");
-    vector.writeAttribute("n", 1, true);
-    vector.writeObjectClose();
-    EXPECT_EQ(handedOver.str(), expected);
-}
-
 TEST_F(JsonStreamTest, WriteMapLetsEachEntryWriteItselfWhole) {
     Entry entry("k", "v");
     JsonStream stream(&out);
@@ -375,50 +328,37 @@ TEST_F(JsonStreamTest, WriteMapLetsEachEntryWriteItselfWhole) {
               "\"value\":\"v\"\n}\n}\n}");
 }
 
-TEST_F(JsonStreamTest, StringVectorsAreOneLineAndSeparatedLikeAnyMember) {
-    JsonStream stream(&out);
-    stream.writeObjectOpen();
-    stream.writeEncodedVector({"a\"", "b"}, "raw");
-    stream.writeVector(std::vector<std::string>{"a\"", "b/"}, "escaped");
-    stream.writeAttribute("n", 1, true);
-    stream.writeObjectClose();
-    EXPECT_EQ(out.str(),
-              "{\n\"raw\":[\"a\"\",\"b\"],\n\"escaped\":[\"a\\\"\",\"b\\/\"],\n\"n\":1\n}");
-}
-
-TEST_F(JsonStreamTest, ObjectValueWritesItselfAfterItsKey) {
-    Item item("x");
-    JsonStream stream(&out);
-    stream.writeObjectOpen();
-    stream.writeKey("k");
-    stream.writeValue(item);
-    stream.writeObjectClose();
-    EXPECT_EQ(out.str(), "{\n\"k\":\n{\n\"name\":\"x\"\n}\n}");
-}
-
+// Objects nested through writeValue and object vectors; string vectors on one line, escaped or
+// not; map entries one per line without indent before the value, whether written as a map or
+// handed over by an object vector whose first item is an entry.
 TEST_F(JsonStreamTest, SmallDocumentByteForByte) {
     JsonStream::setTabSize(2);
     Item customer("Ann");
     Item x("x");
     Item y("y");
     Entry k1("k1", "v1");
-    Entry k2("k2", "v2");
-
-    JsonStream stream(&out);
-    stream.writeObjectOpen("urn:test.Order");
-    stream.writeAttribute("id", "A/1", true);
-    stream.writeAttribute("count", 3, true);
-    stream.writeAttribute("price", 2.5, true);
-    stream.writeAttribute("paid", false, true);
-    stream.writeAttribute("due", DateTime::getNullDate(), true);
-    stream.writeAttribute("note", "", false);
-    stream.writeKey("customer");
-    customer.writeJSON(&stream);
-    stream.writeVector(std::vector<BaseObject*>{&x, &y}, "items");
-    stream.writeVector(std::vector<BaseObject*>{&k1, &k2}, "tickets");
-    stream.writeVector(std::vector<std::string>{"a", "b\"c"}, "tags");
-    stream.writeObjectClose();
-    EXPECT_EQ(out.str(), R"({
+    Entry k2("k/2", "v\"2");
+    for (const bool asMap : {true, false}) {
+        SCOPED_TRACE(asMap ? "writeVectorMap" : "writeVector");
+        out.str("");
+        JsonStream stream(&out);
+        stream.writeObjectOpen("urn:test.Order");
+        stream.writeAttribute("id", "A/1", true);
+        stream.writeAttribute("count", 3, true);
+        stream.writeAttribute("price", 2.5, true);
+        stream.writeAttribute("paid", false, true);
+        stream.writeAttribute("due", DateTime::getNullDate(), true);
+        stream.writeAttribute("note", "", false);
+        stream.writeKey("customer");
+        stream.writeValue(customer);  // its qualified name is not written: not the first object
+        stream.writeVector(std::vector<BaseObject*>{&x, &y}, "items");
+        stream.writeEncodedVector({"a\"", "b"}, "raw");
+        stream.writeVector(std::vector<std::string>{"a", "b\"c/"}, "tags");
+        const std::vector<BaseObject*> tickets{&k1, &k2};
+        asMap ? stream.writeVectorMap(tickets, "tickets") : stream.writeVector(tickets, "tickets");
+        stream.writeAttribute("n", 1, true);
+        stream.writeObjectClose();
+        EXPECT_EQ(out.str(), R"({
   ".QName":"urn:test.Order",
   "id":"A\/1",
   "count":3,
@@ -438,13 +378,16 @@ TEST_F(JsonStreamTest, SmallDocumentByteForByte) {
       "name":"y"
     }
   ],
+  "raw":["a"","b"],
+  "tags":["a","b\"c\/"],
   "tickets":
   {
     "k1":"v1",
-    "k2":"v2"
+    "k\/2":"v\"2"
   },
-  "tags":["a","b\"c"]
+  "n":1
 })");
+    }
 }
 
 TEST_F(JsonStreamTest, TextWrittenBetweenOperationsStaysInOrder) {
