@@ -30,75 +30,57 @@ TEST(XmlStreamNamespaces, PrefixesAreNumberedInOrderOfAddition) {
     EXPECT_TRUE(xml.addNamespace("urn:a"));
     EXPECT_FALSE(xml.addNamespace("urn:b"));  // a repeat uses up no number
     EXPECT_TRUE(xml.addNamespace("urn:c"));
+    // A set is taken in ascending order, skipping known URIs.
+    xml.addNamespaces({"urn:z", "urn:c", "urn:m"});
 
     EXPECT_EQ(xml.getNamespacePrefix("urn:b"), "ns0");
     EXPECT_EQ(xml.getNamespacePrefix("urn:a"), "ns1");
     EXPECT_EQ(xml.getNamespacePrefix("urn:c"), "ns2");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:m"), "ns3");
+    EXPECT_EQ(xml.getNamespacePrefix("urn:z"), "ns4");
     EXPECT_EQ(xml.getNamespacePrefix("urn:unknown"), "");
-}
-
-TEST(XmlStreamNamespaces, AddNamespacesTakesTheSetInAscendingOrderAndSkipsKnownUris) {
-    XmlStream xml;
-    xml.addNamespace("urn:m");
-    xml.addNamespaces({"urn:z", "urn:m", "urn:c"});
-    EXPECT_EQ(xml.getNamespacePrefix("urn:m"), "ns0");
-    EXPECT_EQ(xml.getNamespacePrefix("urn:c"), "ns1");
-    EXPECT_EQ(xml.getNamespacePrefix("urn:z"), "ns2");
 }
 
 // --- element starts and ends -------------------------------------------------------------------
 
-TEST(XmlStreamElements, RootDeclaresEveryNamespaceInAscendingUriOrder) {
+TEST(XmlStreamElements, OnlyTheRootDeclaresNamespacesAllInAscendingUriOrder) {
     XmlStream xml;
     xml.addNamespace("urn:b");
     xml.addNamespace("urn:a");
     EXPECT_TRUE(xml.isRootElement());
     xml.writeOpenElement("urn:b", "Root");
     EXPECT_FALSE(xml.isRootElement());
-    EXPECT_EQ(xml.str(), "\n<ns0:Root xmlns:ns1=\"urn:a\" xmlns:ns0=\"urn:b\"");
-}
-
-TEST(XmlStreamElements, LaterElementsNeverDeclareNamespaces) {
-    XmlStream xml;
-    xml.addNamespace("urn:a");
-    xml.writeOpenElement("urn:a", "Root");
     xml.writeOpenElementClose("Root", false);
     xml.addNamespace("urn:late");  // too late to be declared
     xml.writeOpenElement("urn:a", "Child");
     xml.writeOpenElementClose("Child", true);
     xml.writeOpenElement("urn:late", "Other");
-    EXPECT_EQ(xml.str(), "\n<ns0:Root xmlns:ns0=\"urn:a\">\n<ns0:Child/>\n<ns1:Other");
+    EXPECT_EQ(xml.str(),
+              "\n<ns0:Root xmlns:ns1=\"urn:a\" xmlns:ns0=\"urn:b\">\n<ns1:Child/>\n<ns2:Other");
     EXPECT_FALSE(xml.isRootElement());
 }
 
-TEST(XmlStreamElements, PrefixRuleForStartAndEndTags) {
+// A name with ':' is taken as it stands, a name in an unknown namespace has no prefix. Attribute
+// values are written as given, not escaped; the name given to close a start tag is not used.
+TEST(XmlStreamElements, PrefixRuleAttributesAndTagClosings) {
     XmlStream xml;
     xml.addNamespace("urn:a");
-    xml.writeOpenElement("urn:a", "x:y");  // a name with ':' is taken as it stands
-    xml.writeOpenElement("urn:other", "Bare");
-    xml.writeOpenElement("urn:a", "Named");
-    xml.writeCloseElement("urn:a", "Named");
-    xml.writeCloseElement("urn:other", "Bare");
-    xml.writeCloseElement("urn:a", "x:y");
-    EXPECT_EQ(xml.str(), "\n<x:y xmlns:ns0=\"urn:a\"\n<Bare\n<ns0:Named</ns0:Named></Bare></x:y>");
-}
-
-TEST(XmlStreamElements, AttributesAndTagClosings) {
-    XmlStream xml;
-    xml.addNamespace("urn:a");
-    xml.writeOpenElement("urn:a", "Root", Attributes{{"id", "7"}, {"note", "a&amp;b"}});
-    xml.writeOpenElement("urn:a", "Empty", Attributes{});
+    xml.writeOpenElement("urn:a", "x:y", Attributes{{"id", "7"}, {"note", "a&amp;b"}});
+    xml.writeOpenElement("urn:other", "Bare", Attributes{});
     xml.writeOpenElement("urn:a", "Open");
-    xml.writeAttribute("raw", "<as given>");  // values are not escaped here
+    xml.writeAttribute("raw", "<as given>");
     xml.writeAttribute("n", "");
     xml.writeOpenElementClose("ignored", true);
     xml.writeOpenElement("urn:a", "Next");
     xml.writeOpenElementClose("ignored", false);
+    xml.writeCloseElement("urn:a", "Next");
+    xml.writeCloseElement("urn:other", "Bare");
+    xml.writeCloseElement("urn:a", "x:y");
     EXPECT_EQ(xml.str(),
-              "\n<ns0:Root xmlns:ns0=\"urn:a\" id=\"7\" note=\"a&amp;b\">"
-              "\n<ns0:Empty>"
+              "\n<x:y xmlns:ns0=\"urn:a\" id=\"7\" note=\"a&amp;b\">"
+              "\n<Bare>"
               "\n<ns0:Open raw=\"<as given>\" n=\"\"/>"
-              "\n<ns0:Next>");
+              "\n<ns0:Next></ns0:Next></Bare></x:y>");
 }
 
 // --- value elements ----------------------------------------------------------------------------
@@ -108,12 +90,6 @@ TEST(XmlStreamValues, ValueElementsHaveNoPrefixNoLineBreakAndNoEscaping) {
     xml.addNamespace("urn:a");
     xml.writeStringElement("name", "x &lt; y");
     xml.writeStringElement("empty", "");
-    EXPECT_EQ(xml.str(), "<name>x &lt; y</name><empty></empty>");
-    EXPECT_TRUE(xml.isRootElement());  // value elements are not element starts
-}
-
-TEST(XmlStreamValues, ScalarTexts) {
-    XmlStream xml;
     xml.writeBooleanElement("t", true);
     xml.writeBooleanElement("f", false);
     xml.writeIntegerElement("i", -42);
@@ -123,9 +99,10 @@ TEST(XmlStreamValues, ScalarTexts) {
     xml.writeFloatElement("s", 0.1f);
     xml.writeFloatElement("g", 1.5f);
     EXPECT_EQ(xml.str(),
-              "<t>1</t><f>0</f><i>-42</i><min>-2147483648</min>"
-              "<d>0.10000000000000001</d><h>-2.5</h>"
+              "<name>x &lt; y</name><empty></empty><t>1</t><f>0</f><i>-42</i>"
+              "<min>-2147483648</min><d>0.10000000000000001</d><h>-2.5</h>"
               "<s>0.10000000149011612</s><g>1.5</g>");
+    EXPECT_TRUE(xml.isRootElement());  // value elements are not element starts
 }
 
 // --- raw text and output targets ---------------------------------------------------------------
