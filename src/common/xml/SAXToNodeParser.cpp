@@ -1,3 +1,4 @@
+#include <corvane/soa/common/MemoryManager.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/Utf8String.hpp>
@@ -27,12 +28,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace Corvane::Soa::Common::Xml {
@@ -149,6 +153,201 @@ private:
     Refuse m_refuse;
 };
 
+// Memory handed out in order from blocks that grow, and given back all at once.
+class Arena {
+public:
+    Arena() = default;
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+    ~Arena() {
+        for (const Block& block : m_blocks) {
+            ::operator delete(block.data);
+        }
+    }
+
+    // Room for `bytes`, aligned as operator new aligns.
+    void* allocate(std::size_t bytes) {
+        bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
+        if (bytes > m_left) {
+            grow(bytes);
+        }
+        unsigned char* const at = m_next;
+        m_next += bytes;
+        m_left -= bytes;
+        return at;
+    }
+
+    // Forgets everything handed out. The first block stays for the next tree, so that small
+    // documents read one after another allocate nothing here.
+    void clear() noexcept {
+        for (std::size_t i = 1; i < m_blocks.size(); ++i) {
+            ::operator delete(m_blocks[i].data);
+        }
+        if (!m_blocks.empty()) {
+            m_blocks.resize(1);
+            m_next = m_blocks[0].data;
+            m_left = m_blocks[0].size;
+        }
+    }
+
+private:
+    static constexpr std::size_t kAlignment = alignof(std::max_align_t);
+    static constexpr std::size_t kFirstBlock = std::size_t{4} * 1024;
+    static constexpr std::size_t kLargestBlock = std::size_t{1024} * 1024;
+
+    struct Block {
+        unsigned char* data;
+        std::size_t size;
+    };
+
+    void grow(std::size_t bytes) {
+        std::size_t size =
+            m_blocks.empty() ? kFirstBlock : std::min(2 * m_blocks.back().size, kLargestBlock);
+        size = std::max(size, bytes);
+        m_blocks.reserve(m_blocks.size() + 1);
+        auto* const data = static_cast<unsigned char*>(::operator new(size));
+        m_blocks.push_back({data, size});
+        m_next = data;
+        m_left = size;
+    }
+
+    std::vector<Block> m_blocks;
+    unsigned char* m_next = nullptr;
+    std::size_t m_left = 0;
+};
+
+// A name of the document (of an element, an attribute or an xsi:type) as the tree keeps it:
+// converted once, whatever number of nodes carry it. `stamp` and `slot` tell whether the
+// element being built already has an attribute of this name, and where.
+struct Name {
+    explicit Name(std::string converted) : text(std::move(converted)) {}
+    std::string text;
+    std::uint64_t stamp = 0;
+    std::uint32_t slot = 0;
+};
+
+std::uint64_t hashUnits(const char16_t* units, std::size_t length) {
+    constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ULL;
+    std::uint64_t hash = length * kMultiplier;
+    std::size_t i = 0;
+    for (; i + 4 <= length; i += 4) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, units + i, sizeof word);
+        hash = (hash ^ word) * kMultiplier;
+        hash ^= hash >> 32;
+    }
+    if (i < length) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, units + i, (length - i) * sizeof(char16_t));
+        hash = (hash ^ word) * kMultiplier;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
+// The names of one document by their UTF-16 text, each converted on first sight. Two texts
+// that convert to the same name (in a code page that substitutes) get the same Name, so that
+// names compare by address. An xsi:type is kept as its type name, without the prefix.
+class Names {
+public:
+    explicit Names(bool typeNames) : m_typeNames(typeNames) {}
+
+    Name& get(const char16_t* units, std::size_t length, Arena& keys, Utf8String& utf8,
+              bool replace) {
+        const std::uint64_t hash = hashUnits(units, length);
+        if (!m_entries.empty()) {
+            const std::size_t mask = m_entries.size() - 1;
+            for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+                const Entry& entry = m_entries[at];
+                if (entry.name == nullptr) {
+                    break;
+                }
+                if (entry.hash == hash && entry.length == length &&
+                    std::memcmp(entry.key, units, length * sizeof(char16_t)) == 0) {
+                    return *entry.name;
+                }
+            }
+        }
+        return add(hash, units, length, keys, utf8, replace);
+    }
+
+    // Forgets every name; the table keeps its room when the document was small.
+    void clear() noexcept {
+        constexpr std::size_t kKeptEntries = 1024;
+        if (m_entries.size() > kKeptEntries) {
+            std::vector<Entry>().swap(m_entries);
+        } else {
+            std::fill(m_entries.begin(), m_entries.end(), Entry{});
+        }
+        m_count = 0;
+        m_byText.clear();
+        m_names.clear();
+    }
+
+private:
+    struct Entry {
+        std::uint64_t hash = 0;
+        const char16_t* key = nullptr;
+        std::size_t length = 0;
+        Name* name = nullptr;  // none: a free entry
+    };
+
+    Name& add(std::uint64_t hash, const char16_t* units, std::size_t length, Arena& keys,
+              Utf8String& utf8, bool replace) {
+        std::string text;
+        utf8.decode(units, length, text, replace);
+        if (m_typeNames) {
+            const std::size_t colon = text.find(':');
+            if (colon != std::string::npos) {
+                text.erase(0, colon + 1);
+            }
+        }
+        Name* name = nullptr;
+        const auto same = m_byText.find(text);
+        if (same != m_byText.end()) {
+            name = same->second;
+        } else {
+            name = &m_names.emplace_back(std::move(text));
+            m_byText.emplace(name->text, name);
+        }
+        if (2 * (m_count + 1) > m_entries.size()) {
+            rehash(std::max<std::size_t>(64, 2 * m_entries.size()));
+        }
+        auto* const key = static_cast<char16_t*>(keys.allocate(length * sizeof(char16_t) + 1));
+        if (length != 0) {
+            std::memcpy(key, units, length * sizeof(char16_t));
+        }
+        place(Entry{hash, key, length, name});
+        ++m_count;
+        return *name;
+    }
+
+    void place(const Entry& entry) noexcept {
+        const std::size_t mask = m_entries.size() - 1;
+        std::size_t at = entry.hash & mask;
+        while (m_entries[at].name != nullptr) {
+            at = (at + 1) & mask;
+        }
+        m_entries[at] = entry;
+    }
+
+    void rehash(std::size_t size) {
+        std::vector<Entry> old(size);
+        old.swap(m_entries);
+        for (const Entry& entry : old) {
+            if (entry.name != nullptr) {
+                place(entry);
+            }
+        }
+    }
+
+    bool m_typeNames;
+    std::vector<Entry> m_entries;  // open addressing; a power of two, at most half full
+    std::size_t m_count = 0;
+    std::deque<Name> m_names;
+    std::unordered_map<std::string_view, Name*> m_byText;
+};
+
 }  // namespace
 
 // The Xerces handler behind the parser: builds the tree and turns every failure into a
@@ -231,8 +430,119 @@ private:
     void buildEnd();
     // Gives the element being closed, `node`, its children and its text.
     void complete(XMLNode& node);
-    // Deletes the nodes of open elements and forgets what they had and what is recorded.
+    // Forgets the open elements, what they had and what is recorded; their nodes are the tree's.
     void clearOpen();
+
+    // The nodes of the parse and what they share: their attribute arrays and the names of the
+    // document, each kept once. With no memory manager installed the nodes are made in large
+    // blocks and destroyed in one sweep, in the order they were made; a memory manager accounts
+    // each node under its tag, so then each is allocated alone, as the caller's are. Either
+    // way the tree frees its nodes itself: a node's parent does not (see XMLNode), and the
+    // nodes that the caller adds to them are deleted by their parents as usual.
+    class Tree {
+    public:
+        Tree() = default;
+        Tree(const Tree&) = delete;
+        Tree& operator=(const Tree&) = delete;
+        ~Tree() {
+            clear();
+            for (const NodeBlock& block : m_blocks) {
+                ::operator delete(block.nodes);
+            }
+        }
+
+        // Decides, for the parse that begins, where its nodes go.
+        void begin() noexcept { m_accounted = MemoryManager::getMemoryManager() != nullptr; }
+
+        XMLNode* makeNode(const std::string& name) {
+            if (m_accounted) {
+                m_accountedNodes.reserve(m_accountedNodes.size() + 1);
+                auto* const node = new XMLNode(&name, nullptr);
+                m_accountedNodes.push_back(node);
+                return node;
+            }
+            if (m_blocks.empty() || m_blocks[m_filling].used == m_blocks[m_filling].capacity) {
+                nextBlock();
+            }
+            NodeBlock& block = m_blocks[m_filling];
+            XMLNode* const node = ::new (block.nodes + block.used) XMLNode(&name, nullptr);
+            ++block.used;
+            return node;
+        }
+
+        // Room for `count` attributes, to be constructed by the caller.
+        XMLNode::Attribute* makeAttributes(std::size_t count) {
+            return static_cast<XMLNode::Attribute*>(
+                m_bytes.allocate(count * sizeof(XMLNode::Attribute)));
+        }
+
+        Name& name(const char16_t* units, std::size_t length, Utf8String& utf8, bool replace) {
+            return m_names.get(units, length, m_bytes, utf8, replace);
+        }
+        Name& typeName(const char16_t* units, std::size_t length, Utf8String& utf8, bool replace) {
+            return m_typeNames.get(units, length, m_bytes, utf8, replace);
+        }
+
+        // Destroys every node, then what they shared. The first block of nodes stays.
+        void clear() noexcept {
+            // Parents go before their children, whose flags they read.
+            for (XMLNode* node : m_accountedNodes) {
+                delete node;
+            }
+            m_accountedNodes.clear();
+            if (m_accountedNodes.capacity() > kKeptNodes) {
+                std::vector<XMLNode*>().swap(m_accountedNodes);
+            }
+            for (NodeBlock& block : m_blocks) {
+                for (std::size_t i = 0; i < block.used; ++i) {
+                    block.nodes[i].~XMLNode();
+                }
+                block.used = 0;
+            }
+            for (std::size_t i = 1; i < m_blocks.size(); ++i) {
+                ::operator delete(m_blocks[i].nodes);
+            }
+            if (m_blocks.size() > 1) {
+                m_blocks.resize(1);
+            }
+            m_filling = 0;
+            m_names.clear();
+            m_typeNames.clear();
+            m_bytes.clear();
+        }
+
+    private:
+        static constexpr std::size_t kFirstNodes = 32;
+        static constexpr std::size_t kMostNodes = 8192;
+        static constexpr std::size_t kKeptNodes = 1024;
+
+        struct NodeBlock {
+            XMLNode* nodes;
+            std::size_t capacity;
+            std::size_t used;
+        };
+
+        void nextBlock() {
+            if (!m_blocks.empty() && m_filling + 1 < m_blocks.size()) {
+                ++m_filling;
+                return;
+            }
+            const std::size_t capacity =
+                m_blocks.empty() ? kFirstNodes : std::min(2 * m_blocks.back().capacity, kMostNodes);
+            m_blocks.reserve(m_blocks.size() + 1);
+            auto* const nodes = static_cast<XMLNode*>(::operator new(capacity * sizeof(XMLNode)));
+            m_blocks.push_back({nodes, capacity, 0});
+            m_filling = m_blocks.size() - 1;
+        }
+
+        bool m_accounted = false;
+        std::vector<XMLNode*> m_accountedNodes;  // in the order they were made
+        std::vector<NodeBlock> m_blocks;
+        std::size_t m_filling = 0;  // the block that new nodes go to
+        Arena m_bytes;
+        Names m_names{false};
+        Names m_typeNames{true};
+    };
 
     std::string m_documentName;
     std::unique_ptr<Utf8String> m_utf8;
@@ -306,12 +616,14 @@ private:
     // Of the tree being built: the innermost element whose end has not been built yet.
     XMLNode* m_current = nullptr;
     std::string m_scratchValue;
+    // Tells the elements apart, for the names of their attributes (see Name).
+    std::uint64_t m_stamp = 0;
 
     // What an open element has so far is kept here rather than in its node, and handed to the
     // node once, at its end: its children in one vector of the exact size and its text in one
     // string of the exact size, with no growing on the way. An element's children and text
     // are the last ones here while it is open (its own open children take theirs away when
-    // they end). Until then the nodes in m_pending are owned here.
+    // they end).
     //
     // A text that grows long is the exception: it is moved to the node, and the rest of it
     // goes there straight (`direct`), so that it is never held twice.
@@ -329,6 +641,8 @@ private:
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
     std::string m_openText;
+
+    Tree m_tree;
 };
 
 void SAXToNodeParser::Impl::Events::grow(std::size_t units) {
@@ -513,8 +827,13 @@ void SAXToNodeParser::Impl::build() {
 }
 
 void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
-    std::unique_ptr<XMLNode> made(new XMLNode);
-    XMLNode* const node = made.get();
+    const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
+    std::size_t length = readLength(event);
+    const Name& name = m_tree.name(event, length, *m_utf8, replace);
+    event += length;
+
+    // The tree owns the node from here on, whatever happens next.
+    XMLNode* const node = m_tree.makeNode(name.text);
     if (!m_open.empty()) {
         // The child of the innermost open element, m_current, which takes it at its end.
         node->m_parent = m_current;
@@ -526,36 +845,39 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
     } else {
         m_root->addChild(node);
     }
-    static_cast<void>(made.release());  // the tree owns the node now
     m_open.push_back(Open{m_pending.size(), m_openText.size(), false});
     m_current = node;
 
-    const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
-    std::size_t length = readLength(event);
-    m_utf8->decode(event, length, node->m_name, replace);
-    event += length;
     const std::size_t count = readLength(event);
+    if (count == 0) {
+        return;
+    }
+    XMLNode::Attribute* const attributes = m_tree.makeAttributes(count);
+    node->m_attributes = attributes;
+    const std::uint64_t stamp = ++m_stamp;
     for (std::size_t i = 0; i < count; ++i) {
         const char16_t kind = *event++;
         const std::size_t valueLength = readLength(event);
         const char16_t* const value = event;
         event += valueLength;
         if (kind == kXsiType) {
-            m_scratchValue.clear();
-            m_utf8->decode(value, valueLength, m_scratchValue, replace);
-            const std::size_t colon = m_scratchValue.find(':');
-            node->m_extensionName.assign(m_scratchValue,
-                                         colon == std::string::npos ? 0 : colon + 1);
+            node->m_extensionName = &m_tree.typeName(value, valueLength, *m_utf8, replace).text;
             continue;
         }
-        std::string text;
-        m_utf8->decode(value, valueLength, text, replace);
+        m_scratchValue.clear();
+        m_utf8->decode(value, valueLength, m_scratchValue, replace);
         length = readLength(event);
-        std::string name;
-        m_utf8->decode(event, length, name, replace);
+        Name& attributeName = m_tree.name(event, length, *m_utf8, replace);
         event += length;
         // Two names may convert to one in a code page that substitutes: the last one stays.
-        node->m_attributes.insert_or_assign(std::move(name), std::move(text));
+        if (attributeName.stamp == stamp) {
+            attributes[attributeName.slot].value = m_scratchValue;
+            continue;
+        }
+        new (attributes + node->m_attributeCount)
+            XMLNode::Attribute{&attributeName.text, m_scratchValue};
+        attributeName.stamp = stamp;
+        attributeName.slot = node->m_attributeCount++;
     }
 }
 
@@ -604,9 +926,6 @@ void SAXToNodeParser::Impl::complete(XMLNode& node) {
 }
 
 void SAXToNodeParser::Impl::clearOpen() {
-    for (XMLNode* node : m_pending) {
-        delete node;
-    }
     m_pending.clear();
     m_open.clear();
     m_openText.clear();
@@ -627,8 +946,8 @@ void SAXToNodeParser::Impl::clearOpen() {
 
 void SAXToNodeParser::Impl::discard() {
     clearOpen();
-    delete m_root;
     m_root = nullptr;
+    m_tree.clear();
     m_current = nullptr;
     m_depth = 0;
     m_begun = false;
@@ -647,6 +966,7 @@ std::string SAXToNodeParser::Impl::thrownLayout(const std::string& documentName,
 XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
                                       const std::string& documentName) {
     discard();
+    m_tree.begin();
     m_warnings.clear();
     m_documentName = documentName;
     m_locator = nullptr;

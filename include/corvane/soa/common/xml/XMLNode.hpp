@@ -4,6 +4,8 @@
 #include <corvane/soa/Export.hpp>
 #include <corvane/soa/common/AccountedAllocation.hpp>
 
+#include <atomic>
+#include <cstdint>
 #include <map>
 #include <ostream>
 #include <string>
@@ -14,21 +16,23 @@ namespace Corvane::Soa::Common::Xml {
 /// One parsed XML element: its local name, the type named by its xsi:type attribute (the
 /// extension name), its other attributes, its character content and its child elements.
 ///
-/// A node owns its children. Destroying a node destroys its whole subtree without recursion,
-/// however deep the tree. Trees built by `SAXToNodeParser` belong to that parser.
+/// A node owns the children that were made with `new` and added to it. Destroying a node
+/// destroys that whole subtree without recursion, however deep the tree. Trees built by
+/// `SAXToNodeParser` belong to that parser, which frees their nodes all together: such a node
+/// is never deleted by its parent nor by the caller.
 class CORVANE_SOA_API XMLNode {
 public:
     using Attributes = std::map<std::string, std::string>;
 
-    XMLNode() = default;
+    XMLNode() noexcept;
     explicit XMLNode(std::string name);
     XMLNode(const XMLNode&) = delete;
     XMLNode& operator=(const XMLNode&) = delete;
     ~XMLNode();
 
     /// The element's local name.
-    const std::string& getName() const noexcept { return m_name; }
-    void setName(const std::string& name) { m_name = name; }
+    const std::string& getName() const noexcept { return *m_name; }
+    void setName(const std::string& name);
 
     /// The character content, all pieces concatenated in document order.
     const std::string& getText() const noexcept { return m_text; }
@@ -47,12 +51,14 @@ public:
     /// The attribute's value, or the empty string when it is absent.
     const std::string& getAttr(const std::string& name) const;
     bool existsAttr(const std::string& name) const;
-    const Attributes& attrs() const noexcept { return m_attributes; }
+    /// All attributes by name. The map is made on the first call and kept: it is the same
+    /// object on every later call, and `putAttr` keeps it up to date.
+    const Attributes& attrs() const noexcept;
 
     /// The type named by the element's xsi:type attribute, without its prefix; empty when the
     /// element has none.
-    const std::string& getExtensionName() const noexcept { return m_extensionName; }
-    void setExtensionName(const std::string& name) { m_extensionName = name; }
+    const std::string& getExtensionName() const noexcept { return *m_extensionName; }
+    void setExtensionName(const std::string& name);
 
     /// Prints the subtree for diagnostics, one element a line, each line starting with `indent`
     /// and two more spaces per level:
@@ -66,12 +72,37 @@ public:
 private:
     friend class SAXToNodeParser;
 
-    std::string m_name;
-    Attributes m_attributes;
+    // The attributes are kept in one array, in the order they were given, and looked up by a
+    // walk: elements have few. The name of a parsed attribute is shared by every attribute
+    // of that name in the document and belongs to the parser's tree.
+    struct Attribute {
+        const std::string* name;
+        std::string value;
+    };
+
+    enum Flags : std::uint32_t {
+        kTreeOwned = 1U << 0,       // made by a parser, which frees it; its parent never does
+        kOwnsName = 1U << 1,        // m_name was made with new for this node
+        kOwnsExtension = 1U << 2,   // m_extensionName was made with new for this node
+        kOwnsAttributes = 1U << 3,  // m_attributes (and each name) was allocated for this node
+    };
+
+    // A node of a parser's tree, named by a string that the tree keeps.
+    XMLNode(const std::string* name, XMLNode* parent) noexcept;
+
+    const Attribute* findAttribute(const std::string& name) const noexcept;
+    void destroyAttributes() noexcept;
+    void deleteChildren() noexcept;
+
     std::string m_text;
     std::vector<XMLNode*> m_children;
+    const std::string* m_name;
+    const std::string* m_extensionName;
     XMLNode* m_parent = nullptr;
-    std::string m_extensionName;
+    Attribute* m_attributes = nullptr;
+    mutable std::atomic<Attributes*> m_attributeMap{nullptr};
+    std::uint32_t m_attributeCount = 0;
+    std::uint32_t m_flags = 0;
 };
 
 }  // namespace Corvane::Soa::Common::Xml
