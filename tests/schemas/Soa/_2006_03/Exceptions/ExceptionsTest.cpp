@@ -25,7 +25,7 @@ using Corvane::Soa::Common::Exceptions::IOException;
 using Corvane::Soa::Common::Xml::BaseObject;
 using namespace Corvane::Schemas::Soa::_2006_03::Exceptions;
 
-const std::string kUri = "http://corvane.com/Schemas/Soa/2006-03/Exceptions";
+constexpr const char* kUri = "http://corvane.com/Schemas/Soa/2006-03/Exceptions";
 
 // Catches `thrown` as `Catch&` and hands it to `check`; fails when it is not caught.
 template <class Catch, class Thrown, class Check>
@@ -43,7 +43,8 @@ void catchAs(const Thrown& thrown, Check check) {
 // The exceptions built from one message, code and level share one behaviour.
 template <class T>
 void checkMessageException(const std::string& typeName) {
-    const std::string qualifiedName = kUri + "." + typeName;
+    SCOPED_TRACE(typeName);
+    const std::string qualifiedName = std::string(kUri) + "." + typeName;
     const T e("Connection refused", 214004, 3);
     EXPECT_EQ(e.getMessage(), "Connection refused");
     EXPECT_STREQ(e.what(), "Connection refused");
@@ -69,19 +70,10 @@ void checkMessageException(const std::string& typeName) {
     EXPECT_EQ(typed->getMessage(), "Connection refused");
 }
 
-TEST(MessageExceptions, InternalServerException) {
+TEST(MessageExceptions, ShareOneBehaviour) {
     checkMessageException<InternalServerException>("InternalServerException");
-}
-
-TEST(MessageExceptions, InvalidCredentialsException) {
     checkMessageException<InvalidCredentialsException>("InvalidCredentialsException");
-}
-
-TEST(MessageExceptions, ConnectionException) {
     checkMessageException<ConnectionException>("ConnectionException");
-}
-
-TEST(MessageExceptions, ProtocolException) {
     checkMessageException<ProtocolException>("ProtocolException");
 }
 
@@ -97,7 +89,7 @@ TEST(InternalServerException, KeepsAddedMessagesInOrder) {
         EXPECT_EQ(errors[i]->getMessage(), messages[i]);
         EXPECT_EQ(errors[i]->getCode(), i + 1);
         EXPECT_EQ(errors[i]->getLevel(), i + 1);
-        EXPECT_EQ(errors[i]->getQaulifiedName(), kUri + ".Error");
+        EXPECT_EQ(errors[i]->getQaulifiedName(), std::string(kUri) + ".Error");
     }
     EXPECT_EQ(e.getMessage(), "first");  // the first error answers
 
@@ -115,7 +107,7 @@ TEST(InvalidUserException, TakesCodeLevelMessageAndResponse) {
     EXPECT_EQ(e.getMessage(), "User unknown");
     EXPECT_STREQ(e.what(), "User unknown");
     EXPECT_EQ(e.getCvResponse(), "<response/>");
-    EXPECT_EQ(e.getQaulifiedName(), kUri + ".InvalidUserException");
+    EXPECT_EQ(e.getQaulifiedName(), std::string(kUri) + ".InvalidUserException");
 
     AutoPtr<BaseObject> copy(e.clone());
     const auto typed = copy.dynamicCast<InvalidUserException>();
@@ -138,7 +130,7 @@ TEST(ServiceException, CarriesErrorsUidAndClientId) {
     EXPECT_EQ(e.getLevel(), 3);
     ASSERT_EQ(e.getErrors().size(), 2u);
     EXPECT_EQ(e.getErrors()[1]->getMessage(), "Save failed");
-    EXPECT_EQ(e.getQaulifiedName(), kUri + ".ServiceException");
+    EXPECT_EQ(e.getQaulifiedName(), std::string(kUri) + ".ServiceException");
 
     catchAs<ServiceException>(e, [](const ServiceException& c) {
         EXPECT_EQ(c.getUid(), "QxT8aBcdEfGh");
