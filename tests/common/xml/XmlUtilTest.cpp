@@ -77,36 +77,25 @@ TEST(XmlUtilContent, EmptyTextIsOutOfRange) {
     }
 }
 
-TEST(XmlUtilSerialize, XmlContentWritesTheObjectsXml) {
-    int destroyed = 0;
-    std::ostringstream out;
-    AutoPtr<Probe> probe(new Probe(&destroyed));
-    XmlUtil::serialize("XML", probe, &out);
-    EXPECT_EQ(out.str(), kProbeXml);
-    EXPECT_EQ(probe->countWhileWriting, 2);  // the caller's hold and serialize's own
-    EXPECT_EQ(probe->askRefCount(), 1);      // serialize's hold is released
-    EXPECT_EQ(destroyed, 0);
-}
-
-TEST(XmlUtilSerialize, EveryOtherWordWritesJson) {
-    for (const std::string word : {"JSON", "xml", "Xml", "XML ", "", "text/xml"}) {
+// "XML" exactly writes XML, every other word JSON. serialize holds the object while writing and
+// releases it after: an object handed over is destroyed.
+TEST(XmlUtilSerialize, ContentWordChoosesTheFormAndTheObjectIsReleased) {
+    for (const std::string word : {"XML", "JSON", "xml", "Xml", "XML ", "", "text/xml"}) {
+        SCOPED_TRACE('"' + word + '"');
+        const std::string expected = word == "XML" ? kProbeXml : kProbeJson;
         int destroyed = 0;
         std::ostringstream out;
         AutoPtr<Probe> probe(new Probe(&destroyed));
         XmlUtil::serialize(word, probe, &out);
-        EXPECT_EQ(out.str(), kProbeJson) << '"' << word << '"';
+        EXPECT_EQ(out.str(), expected);
+        EXPECT_EQ(probe->countWhileWriting, 2);  // the caller's hold and serialize's own
         EXPECT_EQ(probe->askRefCount(), 1);
-    }
-}
+        EXPECT_EQ(destroyed, 0);
 
-TEST(XmlUtilSerialize, ObjectHandedOverIsDestroyed) {
-    for (const std::string word : {"XML", "JSON"}) {
-        int destroyed = 0;
-        std::ostringstream out;
-        AutoPtr<Probe> probe(new Probe(&destroyed));
+        out.str("");
         XmlUtil::serialize(word, std::move(probe), &out);
-        EXPECT_EQ(destroyed, 1) << word;
-        EXPECT_EQ(out.str(), word == "XML" ? kProbeXml : kProbeJson);
+        EXPECT_EQ(destroyed, 1);
+        EXPECT_EQ(out.str(), expected);
     }
 }
 
