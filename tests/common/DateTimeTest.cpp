@@ -122,6 +122,16 @@ TEST(DateTimeFormat, FormatsFieldsWithStrftime) {
     EXPECT_EQ(fields(DateTime::getNullDate()), "1-1-1 0:0:0");
 }
 
+TEST(DateTimeFormat, AppendToAddsTheWireTextAfterWhatIsThere) {
+    // The usual fields, the null date, and fields outside the usual ranges (strftime's path).
+    for (const DateTime& d : {DateTime(2016, 12, 5, 14, 3, 9), DateTime::getNullDate(),
+                              DateTime(12016, 1, 2, 3, 4, 5), DateTime(2016, 100, 2, 3, 4, 5)}) {
+        std::string text = "at ";
+        d.appendTo(text);
+        EXPECT_EQ(text, "at " + d.toString());
+    }
+}
+
 TEST(DateTimeAllocation, HeapValuesAreAccountedUnderTheirName) {
     using Corvane::Soa::Common::MemoryManager;
     ASSERT_TRUE(MemoryManager::initializeMemoryManager(nullptr, true));
