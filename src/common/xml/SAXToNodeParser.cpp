@@ -153,6 +153,61 @@ private:
     Refuse m_refuse;
 };
 
+// Narrows `length` UTF-16 units to bytes at `out` and returns whether they were all ASCII
+// (when they were not, what `out` holds is of no use).
+bool narrowAscii(const char16_t* units, std::size_t length, char* out) {
+    unsigned all = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        all |= units[i];
+        out[i] = static_cast<char>(units[i]);
+    }
+    return all < 0x80;
+}
+
+// Bytes that grow at the end and are cut back, without the zero-filling and the calls of a
+// string: the texts of the open elements.
+class Bytes {
+public:
+    char* data() noexcept { return m_data.get(); }
+    std::size_t size() const noexcept { return m_size; }
+    std::size_t capacity() const noexcept { return m_capacity; }
+    // Room for `count` more bytes at the end, returned to be written.
+    char* extend(std::size_t count) {
+        if (count > m_capacity - m_size) {
+            grow(count);
+        }
+        char* const at = m_data.get() + m_size;
+        m_size += count;
+        return at;
+    }
+    void append(const char* bytes, std::size_t count) {
+        if (count != 0) {
+            std::memcpy(extend(count), bytes, count);
+        }
+    }
+    void resize(std::size_t size) noexcept { m_size = size; }  // never larger
+    void reset() noexcept {
+        m_data.reset();
+        m_size = 0;
+        m_capacity = 0;
+    }
+
+private:
+    void grow(std::size_t count) {
+        const std::size_t capacity = std::max({2 * m_capacity, m_size + count, std::size_t{256}});
+        std::unique_ptr<char[]> data(new char[capacity]);
+        if (m_size != 0) {
+            std::memcpy(data.get(), m_data.get(), m_size);
+        }
+        m_data = std::move(data);
+        m_capacity = capacity;
+    }
+
+    std::unique_ptr<char[]> m_data;
+    std::size_t m_size = 0;
+    std::size_t m_capacity = 0;
+};
+
 // Memory handed out in order from blocks that grow, and given back all at once.
 class Arena {
 public:
@@ -418,6 +473,12 @@ private:
 
     [[noreturn]] void refuseTooDeep();
 
+    // Appends the local form of `length` units to `out`. ASCII, the bulk of any document, is
+    // narrowed here in line when the local code page is UTF-8; the rest goes to Utf8String.
+    void appendLocal(const char16_t* units, std::size_t length, std::string& out, bool replace);
+    // The same, to the texts of the open elements.
+    void appendOpenText(const char16_t* units, std::size_t length, bool replace);
+
     // Recording, during the scan.
     void record(char16_t kind) { *m_events.extend(1) = kind; }
     void recordLength(std::size_t length);
@@ -546,6 +607,7 @@ private:
 
     std::string m_documentName;
     std::unique_ptr<Utf8String> m_utf8;
+    bool m_localUtf8 = false;
     const X::Locator* m_locator = nullptr;
     X::SAX2XMLReader* m_reader = nullptr;
 
@@ -574,6 +636,7 @@ private:
             return at;
         }
         const char16_t* data() const noexcept { return m_data.get(); }
+        char16_t* at(std::size_t offset) noexcept { return m_data.get() + offset; }
         std::size_t size() const noexcept { return m_size; }
         void clear() noexcept { m_size = 0; }
         // Gives back the memory that a large document needed, keeping what a small one does.
@@ -609,6 +672,10 @@ private:
     static constexpr char16_t kXsiType = 5;
 
     Events m_events;
+    // The end of the record when its last event is a text, and where that text's length is.
+    std::size_t m_textEnd = kNoText;
+    std::size_t m_textLengthAt = 0;
+    static constexpr std::size_t kNoText = static_cast<std::size_t>(-1);
     // Of the scan: the depth of the element being reported and whether the root has begun.
     int m_depth = 0;
     bool m_begun = false;
@@ -640,7 +707,7 @@ private:
 #endif
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
-    std::string m_openText;
+    Bytes m_openText;
 
     Tree m_tree;
 };
@@ -787,8 +854,20 @@ void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t
         buildText(chars, length);
         return;
     }
-    record(kText);
-    recordText(chars, length);
+    if (m_events.size() == m_textEnd) {
+        // The scanner gives a text in several pieces (around a reference, at a line end): a
+        // piece that follows another is recorded as part of it.
+        char16_t* const at = m_events.extend(length);
+        std::memcpy(at, chars, length * sizeof(char16_t));
+        char16_t* const lengthAt = m_events.at(m_textLengthAt);
+        const char16_t* read = lengthAt;
+        putLength(lengthAt, readLength(read) + length);
+    } else {
+        record(kText);
+        m_textLengthAt = m_events.size();
+        recordText(chars, length);
+    }
+    m_textEnd = m_events.size();
     if (m_events.size() >= kBatchUnits) {
         build();
     }
@@ -802,6 +881,39 @@ void SAXToNodeParser::Impl::endElement(const XMLCh* const, const XMLCh* const, c
     if (m_events.size() >= kBatchUnits) {
         build();
     }
+}
+
+void SAXToNodeParser::Impl::appendLocal(const char16_t* units, std::size_t length, std::string& out,
+                                        bool replace) {
+    constexpr std::size_t kNarrowed = 256;
+    if (m_localUtf8 && length <= kNarrowed) {
+        char bytes[kNarrowed];
+        if (narrowAscii(units, length, bytes)) {
+            if (replace) {
+                std::replace(bytes, bytes + length, '\x1a', '?');
+            }
+            out.append(bytes, length);
+            return;
+        }
+    }
+    m_utf8->decode(units, length, out, replace);
+}
+
+void SAXToNodeParser::Impl::appendOpenText(const char16_t* units, std::size_t length,
+                                           bool replace) {
+    if (m_localUtf8) {
+        char* const bytes = m_openText.extend(length);
+        if (narrowAscii(units, length, bytes)) {
+            if (replace) {
+                std::replace(bytes, bytes + length, '\x1a', '?');
+            }
+            return;
+        }
+        m_openText.resize(m_openText.size() - length);
+    }
+    m_scratchValue.clear();
+    m_utf8->decode(units, length, m_scratchValue, replace);
+    m_openText.append(m_scratchValue.data(), m_scratchValue.size());
 }
 
 void SAXToNodeParser::Impl::build() {
@@ -824,6 +936,7 @@ void SAXToNodeParser::Impl::build() {
         }
     }
     m_events.clear();
+    m_textEnd = kNoText;
 }
 
 void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
@@ -864,18 +977,31 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
             node->m_extensionName = &m_tree.typeName(value, valueLength, *m_utf8, replace).text;
             continue;
         }
-        m_scratchValue.clear();
-        m_utf8->decode(value, valueLength, m_scratchValue, replace);
+        // A short ASCII value, the usual one, goes from the stack to its string.
+        constexpr std::size_t kNarrowed = 128;
+        char bytes[kNarrowed];
+        const bool narrowed = m_localUtf8 && !replace && valueLength <= kNarrowed &&
+                              narrowAscii(value, valueLength, bytes);
+        if (!narrowed) {
+            m_scratchValue.clear();
+            appendLocal(value, valueLength, m_scratchValue, replace);
+        }
         length = readLength(event);
         Name& attributeName = m_tree.name(event, length, *m_utf8, replace);
         event += length;
         // Two names may convert to one in a code page that substitutes: the last one stays.
         if (attributeName.stamp == stamp) {
-            attributes[attributeName.slot].value = m_scratchValue;
+            std::string& kept = attributes[attributeName.slot].value;
+            if (narrowed) {
+                kept.assign(bytes, valueLength);
+            } else {
+                kept = m_scratchValue;
+            }
             continue;
         }
         new (attributes + node->m_attributeCount)
-            XMLNode::Attribute{&attributeName.text, m_scratchValue};
+            XMLNode::Attribute{&attributeName.text, narrowed ? std::string(bytes, valueLength)
+                                                             : std::string(m_scratchValue)};
         attributeName.stamp = stamp;
         attributeName.slot = node->m_attributeCount++;
     }
@@ -885,16 +1011,16 @@ void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) 
     const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
     if (m_open.empty() || m_open.back().direct) {
         if (m_current != nullptr) {
-            m_utf8->decode(text, length, m_current->m_text, replace);
+            appendLocal(text, length, m_current->m_text, replace);
         }
         return;
     }
     Open& open = m_open.back();
-    m_utf8->decode(text, length, m_openText, replace);
+    appendOpenText(text, length, replace);
     if (m_openText.size() - open.text >= kLargeText) {
         // A long text goes to its node from here on, as it would have from the start: it is
         // not held twice.
-        m_current->m_text.append(m_openText, open.text, std::string::npos);
+        m_current->m_text.append(m_openText.data() + open.text, m_openText.size() - open.text);
         m_openText.resize(open.text);
         open.direct = true;
     }
@@ -920,7 +1046,7 @@ void SAXToNodeParser::Impl::complete(XMLNode& node) {
         m_pending.erase(first, m_pending.end());
     }
     if (open.text < m_openText.size()) {
-        node.m_text.append(m_openText, open.text, std::string::npos);
+        node.m_text.append(m_openText.data() + open.text, m_openText.size() - open.text);
         m_openText.resize(open.text);
     }
 }
@@ -928,12 +1054,13 @@ void SAXToNodeParser::Impl::complete(XMLNode& node) {
 void SAXToNodeParser::Impl::clearOpen() {
     m_pending.clear();
     m_open.clear();
-    m_openText.clear();
+    m_openText.resize(0);
     m_events.clear();
+    m_textEnd = kNoText;
     // What one very large document needed is not kept for the next.
     constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
     if (m_openText.capacity() > kKeptBytes) {
-        std::string().swap(m_openText);
+        m_openText.reset();
     }
     if (m_pending.capacity() > kKeptBytes / sizeof(void*)) {  // pointers to nodes
         std::vector<XMLNode*>().swap(m_pending);
@@ -971,6 +1098,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     m_documentName = documentName;
     m_locator = nullptr;
     m_utf8 = std::make_unique<Utf8String>(m_encoding);
+    m_localUtf8 = m_utf8->isLocalUtf8();
 
     std::unique_ptr<X::SAX2XMLReader> reader(X::XMLReaderFactory::createXMLReader());
     reader->setContentHandler(this);

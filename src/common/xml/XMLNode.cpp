@@ -38,7 +38,7 @@ XMLNode::XMLNode(const std::string* name, XMLNode* parent) noexcept
     : m_name(name), m_extensionName(&kEmpty), m_parent(parent), m_flags(kTreeOwned) {}
 
 XMLNode::~XMLNode() {
-    if (!m_children.empty()) {
+    if ((m_flags & kOwnsChildren) != 0) {
         deleteChildren();
     }
     if (m_attributes != nullptr) {
@@ -73,8 +73,8 @@ void XMLNode::deleteChildren() noexcept {
             if ((child->m_flags & kTreeOwned) != 0) {
                 continue;
             }
-            if (child->m_children.empty()) {
-                delete child;
+            if ((child->m_flags & kOwnsChildren) == 0) {
+                delete child;  // which deletes nothing else
                 continue;
             }
             path.push_back({child, 0});
@@ -126,6 +126,9 @@ void XMLNode::setExtensionName(const std::string& name) {
 XMLNode* XMLNode::addChild(XMLNode* child) {
     m_children.push_back(child);
     child->m_parent = this;
+    if ((child->m_flags & kTreeOwned) == 0) {
+        m_flags |= kOwnsChildren;
+    }
     return child;
 }
 

@@ -85,6 +85,7 @@ private:
         kOwnsName = 1U << 1,        // m_name was made with new for this node
         kOwnsExtension = 1U << 2,   // m_extensionName was made with new for this node
         kOwnsAttributes = 1U << 3,  // m_attributes (and each name) was allocated for this node
+        kOwnsChildren = 1U << 4,    // some child was added with addChild and is not a tree's
     };
 
     // A node of a parser's tree, named by a string that the tree keeps.
