@@ -164,6 +164,17 @@ bool narrowAscii(const char16_t* units, std::size_t length, char* out) {
     return all < 0x80;
 }
 
+// Whether a text is white space only.
+bool isLayout(const char* text, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) {
+        const char c = text[i];
+        if (c != ' ' && c != '\n' && c != '\t' && c != '\r') {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Bytes that grow at the end and are cut back, without the zero-filling and the calls of a
 // string: the texts of the open elements.
 class Bytes {
@@ -483,6 +494,7 @@ private:
     void record(char16_t kind) { *m_events.extend(1) = kind; }
     void recordLength(std::size_t length);
     void recordText(const XMLCh* text, std::size_t length);
+    void recordName(Name& name);
 
     // Building, between pieces of the scan.
     void build();
@@ -537,6 +549,28 @@ private:
                 m_bytes.allocate(count * sizeof(XMLNode::Attribute)));
         }
 
+        // A text or a child list of a node's own, in the tree's memory; the node destroys it.
+        std::string* placeText(const char* bytes, std::size_t size) {
+            return new (m_bytes.allocate(sizeof(std::string))) std::string(bytes, size);
+        }
+        std::vector<XMLNode*>* placeChildren(std::vector<XMLNode*>::const_iterator first,
+                                             std::vector<XMLNode*>::const_iterator last) {
+            using List = std::vector<XMLNode*>;
+            return new (m_bytes.allocate(sizeof(List))) List(first, last);
+        }
+        // A text of white space only, kept once for all the nodes that have it: the layout
+        // between elements, which repeats all through an indented document.
+        const std::string& sharedText(const char* bytes, std::size_t size) {
+            const std::string_view key(bytes, size);
+            const auto found = m_sharedTexts.find(key);
+            if (found != m_sharedTexts.end()) {
+                return *found->second;
+            }
+            const std::string& text = m_texts.emplace_back(bytes, size);
+            m_sharedTexts.emplace(text, &text);
+            return text;
+        }
+
         Name& name(const char16_t* units, std::size_t length, Utf8String& utf8, bool replace) {
             return m_names.get(units, length, m_bytes, utf8, replace);
         }
@@ -569,6 +603,8 @@ private:
             m_filling = 0;
             m_names.clear();
             m_typeNames.clear();
+            m_sharedTexts.clear();
+            m_texts.clear();
             m_bytes.clear();
         }
 
@@ -603,13 +639,19 @@ private:
         Arena m_bytes;
         Names m_names{false};
         Names m_typeNames{true};
+        std::deque<std::string> m_texts;
+        std::unordered_map<std::string_view, const std::string*> m_sharedTexts;
     };
+
+    // The text of `node` as a string of its own, to append to.
+    std::string& placedText(XMLNode& node);
 
     std::string m_documentName;
     std::unique_ptr<Utf8String> m_utf8;
     bool m_localUtf8 = false;
     const X::Locator* m_locator = nullptr;
     X::SAX2XMLReader* m_reader = nullptr;
+    X::XMLDocumentHandler* m_declarationCheck = nullptr;  // while it is installed
 
     // The content handler does not build the tree itself: it records what the scanner reports
     // (names, attributes, text, still in UTF-16), and the tree is built from the record when it
@@ -685,6 +727,8 @@ private:
     std::string m_scratchValue;
     // Tells the elements apart, for the names of their attributes (see Name).
     std::uint64_t m_stamp = 0;
+    // Whether text conversion turns 0x1A into '?', as it was when the parse began.
+    bool m_replace = false;
 
     // What an open element has so far is kept here rather than in its node, and handed to the
     // node once, at its end: its children in one vector of the exact size and its text in one
@@ -705,6 +749,8 @@ private:
 #else
     static constexpr std::size_t kLargeText = std::size_t{16} * 1024;
 #endif
+    // White space texts up to this size are shared between the nodes that have them.
+    static constexpr std::size_t kSharedText = 256;
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
     Bytes m_openText;
@@ -797,6 +843,38 @@ std::size_t readLength(const char16_t*& event) {
     return static_cast<std::size_t>(length);
 }
 
+// Copies units, short runs (most names, values and texts) without a call.
+void copyUnits(char16_t* to, const char16_t* from, std::size_t length) {
+    auto* const out = reinterpret_cast<unsigned char*>(to);
+    const auto* const in = reinterpret_cast<const unsigned char*>(from);
+    const std::size_t bytes = length * sizeof(char16_t);
+    if (bytes > 32) {
+        std::memcpy(out, in, bytes);
+    } else if (bytes >= 16) {
+        std::memcpy(out, in, 16);
+        std::memcpy(out + bytes - 16, in + bytes - 16, 16);
+    } else if (bytes >= 8) {
+        std::memcpy(out, in, 8);
+        std::memcpy(out + bytes - 8, in + bytes - 8, 8);
+    } else if (bytes >= 4) {
+        std::memcpy(out, in, 4);
+        std::memcpy(out + bytes - 4, in + bytes - 4, 4);
+    } else if (bytes == 2) {
+        *to = *from;
+    }
+}
+
+// A name is recorded as its address in the tree, in four units.
+constexpr std::size_t kNameUnits = 4;
+static_assert(sizeof(Name*) <= kNameUnits * sizeof(char16_t), "a name's address fits");
+
+Name& readName(const char16_t*& event) {
+    Name* name = nullptr;
+    std::memcpy(&name, event, sizeof name);
+    event += kNameUnits;
+    return *name;
+}
+
 }  // namespace
 
 void SAXToNodeParser::Impl::recordLength(std::size_t length) {
@@ -806,9 +884,12 @@ void SAXToNodeParser::Impl::recordLength(std::size_t length) {
 void SAXToNodeParser::Impl::recordText(const XMLCh* text, std::size_t length) {
     char16_t* const at = m_events.extend(kLengthUnits + length);
     putLength(at, length);
-    if (length != 0) {
-        std::memcpy(at + kLengthUnits, text, length * sizeof(char16_t));
-    }
+    copyUnits(at + kLengthUnits, text, length);
+}
+
+void SAXToNodeParser::Impl::recordName(Name& name) {
+    Name* const address = &name;
+    std::memcpy(m_events.extend(kNameUnits), &address, sizeof address);
 }
 
 void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const localname,
@@ -817,14 +898,24 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
     if (m_depth >= kMaxDepth) {
         refuseTooDeep();
     }
-    if (!m_begun && hasDocumentType()) {
-        throw DomException(kDtdMessage);
+    if (!m_begun) {
+        if (hasDocumentType()) {
+            throw DomException(kDtdMessage);
+        }
+        // The XML declaration, if any, came before the root: from here on the check has
+        // nothing to see, and the reader stops calling it at every element and text.
+        if (m_declarationCheck != nullptr) {
+            m_reader->removeAdvDocHandler(m_declarationCheck);
+            m_declarationCheck = nullptr;
+        }
     }
     m_begun = true;
     ++m_depth;
 
+    // Names are looked up as they come, while the scanner's own data is at hand; the record
+    // keeps where the tree has them.
     record(kStart);
-    recordText(localname, lengthOf(localname));
+    recordName(m_tree.name(localname, lengthOf(localname), *m_utf8, m_replace));
     const XMLSize_t count = attrs.getLength();
     recordLength(count);
     for (XMLSize_t i = 0; i < count; ++i) {
@@ -833,13 +924,13 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
         // scanner for the namespace.
         if (equals(attrs.getLocalName(i), kType) && equals(attrs.getURI(i), kXsiUri)) {
             record(kXsiType);
-            recordText(value, lengthOf(value));
+            recordName(m_tree.typeName(value, lengthOf(value), *m_utf8, m_replace));
             continue;
         }
         record(kAttribute);
         recordText(value, lengthOf(value));
         const XMLCh* const name = attrs.getQName(i);
-        recordText(name, lengthOf(name));
+        recordName(m_tree.name(name, lengthOf(name), *m_utf8, m_replace));
     }
     if (m_events.size() >= kBatchUnits) {
         build();
@@ -940,10 +1031,8 @@ void SAXToNodeParser::Impl::build() {
 }
 
 void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
-    const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
-    std::size_t length = readLength(event);
-    const Name& name = m_tree.name(event, length, *m_utf8, replace);
-    event += length;
+    const bool replace = m_replace;
+    const Name& name = readName(event);
 
     // The tree owns the node from here on, whatever happens next.
     XMLNode* const node = m_tree.makeNode(name.text);
@@ -970,13 +1059,13 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
     const std::uint64_t stamp = ++m_stamp;
     for (std::size_t i = 0; i < count; ++i) {
         const char16_t kind = *event++;
+        if (kind == kXsiType) {
+            node->m_extensionName = &readName(event).text;
+            continue;
+        }
         const std::size_t valueLength = readLength(event);
         const char16_t* const value = event;
         event += valueLength;
-        if (kind == kXsiType) {
-            node->m_extensionName = &m_tree.typeName(value, valueLength, *m_utf8, replace).text;
-            continue;
-        }
         // A short ASCII value, the usual one, goes from the stack to its string.
         constexpr std::size_t kNarrowed = 128;
         char bytes[kNarrowed];
@@ -986,9 +1075,7 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
             m_scratchValue.clear();
             appendLocal(value, valueLength, m_scratchValue, replace);
         }
-        length = readLength(event);
-        Name& attributeName = m_tree.name(event, length, *m_utf8, replace);
-        event += length;
+        Name& attributeName = readName(event);
         // Two names may convert to one in a code page that substitutes: the last one stays.
         if (attributeName.stamp == stamp) {
             std::string& kept = attributes[attributeName.slot].value;
@@ -1008,10 +1095,10 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
 }
 
 void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) {
-    const bool replace = s_replaceHexOneA.load(std::memory_order_relaxed);
+    const bool replace = m_replace;
     if (m_open.empty() || m_open.back().direct) {
         if (m_current != nullptr) {
-            appendLocal(text, length, m_current->m_text, replace);
+            appendLocal(text, length, placedText(*m_current), replace);
         }
         return;
     }
@@ -1020,7 +1107,7 @@ void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) 
     if (m_openText.size() - open.text >= kLargeText) {
         // A long text goes to its node from here on, as it would have from the start: it is
         // not held twice.
-        m_current->m_text.append(m_openText.data() + open.text, m_openText.size() - open.text);
+        placedText(*m_current).append(m_openText.data() + open.text, m_openText.size() - open.text);
         m_openText.resize(open.text);
         open.direct = true;
     }
@@ -1042,13 +1129,31 @@ void SAXToNodeParser::Impl::complete(XMLNode& node) {
     m_open.pop_back();
     if (open.children < m_pending.size()) {
         const auto first = m_pending.begin() + static_cast<std::ptrdiff_t>(open.children);
-        node.m_children.insert(node.m_children.end(), first, m_pending.end());
+        node.m_children = m_tree.placeChildren(first, m_pending.end());
+        node.m_flags |= XMLNode::kChildListInPlace;
         m_pending.erase(first, m_pending.end());
     }
     if (open.text < m_openText.size()) {
-        node.m_text.append(m_openText.data() + open.text, m_openText.size() - open.text);
+        const char* const text = m_openText.data() + open.text;
+        const std::size_t size = m_openText.size() - open.text;
+        if ((node.m_flags & XMLNode::kTextInPlace) != 0) {
+            placedText(node).append(text, size);
+        } else if (size <= kSharedText && isLayout(text, size)) {
+            node.m_text = &m_tree.sharedText(text, size);
+        } else {
+            node.m_text = m_tree.placeText(text, size);
+            node.m_flags |= XMLNode::kTextInPlace;
+        }
         m_openText.resize(open.text);
     }
+}
+
+std::string& SAXToNodeParser::Impl::placedText(XMLNode& node) {
+    if ((node.m_flags & XMLNode::kTextInPlace) == 0) {
+        node.m_text = m_tree.placeText(node.m_text->data(), node.m_text->size());
+        node.m_flags |= XMLNode::kTextInPlace;
+    }
+    return *const_cast<std::string*>(node.m_text);
 }
 
 void SAXToNodeParser::Impl::clearOpen() {
@@ -1099,6 +1204,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     m_locator = nullptr;
     m_utf8 = std::make_unique<Utf8String>(m_encoding);
     m_localUtf8 = m_utf8->isLocalUtf8();
+    m_replace = s_replaceHexOneA.load();
 
     std::unique_ptr<X::SAX2XMLReader> reader(X::XMLReaderFactory::createXMLReader());
     reader->setContentHandler(this);
@@ -1111,6 +1217,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
         static_cast<Impl*>(owner)->refuseVersion(version);
     });
     reader->installAdvDocHandler(&declarationCheck);
+    m_declarationCheck = &declarationCheck;
     // Namespace processing stays on, as it comes. What changes is only what could make the
     // reader open something the caller did not name: no external DTD, no schema named by
     // xsi:schemaLocation, no default entity resolution. The refusal of the DOCTYPE above
@@ -1122,8 +1229,12 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     m_reader = reader.get();
     struct Forget {
         X::SAX2XMLReader*& reader;
-        ~Forget() { reader = nullptr; }
-    } forget{m_reader};
+        X::XMLDocumentHandler*& declarationCheck;
+        ~Forget() {
+            reader = nullptr;
+            declarationCheck = nullptr;
+        }
+    } forget{m_reader, m_declarationCheck};
     try {
         reader->parse(source);
         build();  // the last batch

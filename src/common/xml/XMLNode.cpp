@@ -10,6 +10,7 @@ namespace Corvane::Soa::Common::Xml {
 namespace {
 
 const std::string kEmpty;
+const std::vector<XMLNode*> kNoChildren;
 
 bool isBlank(const std::string& text) {
     return text.find_first_not_of(" \t\r\n") == std::string::npos;
@@ -27,19 +28,41 @@ std::size_t capacityFor(std::size_t count) {
 
 }  // namespace
 
-XMLNode::XMLNode() noexcept : m_name(&kEmpty), m_extensionName(&kEmpty) {}
+// A node made by the caller has its own name, text and child list from the start, so that the
+// references its getters return follow every change.
+XMLNode::XMLNode() : XMLNode(std::string()) {}
 
-XMLNode::XMLNode(std::string name) : m_name(nullptr), m_extensionName(&kEmpty) {
-    m_name = new std::string(std::move(name));
-    m_flags = kOwnsName;
+XMLNode::XMLNode(std::string name)
+    : m_name(&kEmpty), m_text(&kEmpty), m_children(&kNoChildren), m_extensionName(&kEmpty) {
+    auto ownName = std::make_unique<std::string>(std::move(name));
+    auto ownText = std::make_unique<std::string>();
+    m_children = new std::vector<XMLNode*>();
+    m_name = ownName.release();
+    m_text = ownText.release();
+    m_flags = kOwnsName | kOwnsText | kOwnsChildList;
 }
 
 XMLNode::XMLNode(const std::string* name, XMLNode* parent) noexcept
-    : m_name(name), m_extensionName(&kEmpty), m_parent(parent), m_flags(kTreeOwned) {}
+    : m_name(name),
+      m_text(&kEmpty),
+      m_children(&kNoChildren),
+      m_extensionName(&kEmpty),
+      m_parent(parent),
+      m_flags(kTreeOwned) {}
 
 XMLNode::~XMLNode() {
-    if ((m_flags & kOwnsChildren) != 0) {
+    if ((m_flags & kDeletesChildren) != 0 && !m_children->empty()) {
         deleteChildren();
+    }
+    if ((m_flags & kOwnsChildList) != 0) {
+        delete m_children;
+    } else if ((m_flags & kChildListInPlace) != 0) {
+        m_children->~vector();
+    }
+    if ((m_flags & kOwnsText) != 0) {
+        delete m_text;
+    } else if ((m_flags & kTextInPlace) != 0) {
+        m_text->~basic_string();
     }
     if (m_attributes != nullptr) {
         destroyAttributes();
@@ -67,13 +90,13 @@ void XMLNode::deleteChildren() noexcept {
     std::vector<Level> path{{this, 0}};
     for (;;) {
         Level& level = path.back();
-        std::vector<XMLNode*>& children = level.node->m_children;
+        std::vector<XMLNode*>& children = level.node->ownChildren();
         if (level.next < children.size()) {
             XMLNode* const child = children[level.next++];
             if ((child->m_flags & kTreeOwned) != 0) {
                 continue;
             }
-            if ((child->m_flags & kOwnsChildren) == 0) {
+            if ((child->m_flags & kDeletesChildren) == 0 || child->m_children->empty()) {
                 delete child;  // which deletes nothing else
                 continue;
             }
@@ -123,11 +146,31 @@ void XMLNode::setExtensionName(const std::string& name) {
     m_flags |= kOwnsExtension;
 }
 
+std::string& XMLNode::ownText() {
+    if ((m_flags & (kOwnsText | kTextInPlace)) == 0) {
+        m_text = new std::string(*m_text);
+        m_flags |= kOwnsText;
+    }
+    return *const_cast<std::string*>(m_text);
+}
+
+std::vector<XMLNode*>& XMLNode::ownChildren() {
+    if ((m_flags & (kOwnsChildList | kChildListInPlace)) == 0) {
+        m_children = new std::vector<XMLNode*>(*m_children);
+        m_flags |= kOwnsChildList;
+    }
+    return *const_cast<std::vector<XMLNode*>*>(m_children);
+}
+
+void XMLNode::setText(const std::string& text) { ownText() = text; }
+
+void XMLNode::appendText(const std::string& text) { ownText() += text; }
+
 XMLNode* XMLNode::addChild(XMLNode* child) {
-    m_children.push_back(child);
+    ownChildren().push_back(child);
     child->m_parent = this;
     if ((child->m_flags & kTreeOwned) == 0) {
-        m_flags |= kOwnsChildren;
+        m_flags |= kDeletesChildren;
     }
     return child;
 }
@@ -249,14 +292,15 @@ void XMLNode::output(std::ostream& out, const std::string& indent) const {
             line += attribute->value;
             line += '"';
         }
-        if (!isBlank(node->m_text)) {
+        if (!isBlank(*node->m_text)) {
             line += " = \"";
-            line += node->m_text;
+            line += *node->m_text;
             line += '"';
         }
         line += '\n';
         out.write(line.data(), static_cast<std::streamsize>(line.size()));
-        for (auto child = node->m_children.rbegin(); child != node->m_children.rend(); ++child) {
+        const std::vector<XMLNode*>& children = *node->m_children;
+        for (auto child = children.rbegin(); child != children.rend(); ++child) {
             stack.emplace_back(*child, depth + 1);
         }
     }

@@ -24,7 +24,7 @@ class CORVANE_SOA_API XMLNode {
 public:
     using Attributes = std::map<std::string, std::string>;
 
-    XMLNode() noexcept;
+    XMLNode();
     explicit XMLNode(std::string name);
     XMLNode(const XMLNode&) = delete;
     XMLNode& operator=(const XMLNode&) = delete;
@@ -35,12 +35,12 @@ public:
     void setName(const std::string& name);
 
     /// The character content, all pieces concatenated in document order.
-    const std::string& getText() const noexcept { return m_text; }
-    void setText(const std::string& text) { m_text = text; }
-    void appendText(const std::string& text) { m_text += text; }
+    const std::string& getText() const noexcept { return *m_text; }
+    void setText(const std::string& text);
+    void appendText(const std::string& text);
 
     /// The child elements in document order.
-    const std::vector<XMLNode*>& getChildren() const noexcept { return m_children; }
+    const std::vector<XMLNode*>& getChildren() const noexcept { return *m_children; }
     /// The enclosing element; null for the root.
     XMLNode* getParent() const noexcept { return m_parent; }
     /// Appends `child` (which must have no parent yet) and takes ownership of it; returns it.
@@ -80,12 +80,19 @@ private:
         std::string value;
     };
 
+    // A part that a node neither owns nor has in place is shared: an empty one, or a name or
+    // a white space text that a parser's tree keeps once for all its nodes. It is replaced by
+    // a part of the node's own when the node changes it.
     enum Flags : std::uint32_t {
-        kTreeOwned = 1U << 0,       // made by a parser, which frees it; its parent never does
-        kOwnsName = 1U << 1,        // m_name was made with new for this node
-        kOwnsExtension = 1U << 2,   // m_extensionName was made with new for this node
-        kOwnsAttributes = 1U << 3,  // m_attributes (and each name) was allocated for this node
-        kOwnsChildren = 1U << 4,    // some child was added with addChild and is not a tree's
+        kTreeOwned = 1U << 0,         // made by a parser, which frees it; its parent never does
+        kOwnsName = 1U << 1,          // m_name was made with new for this node
+        kOwnsExtension = 1U << 2,     // m_extensionName was made with new for this node
+        kOwnsAttributes = 1U << 3,    // m_attributes (and each name) was allocated for it
+        kDeletesChildren = 1U << 4,   // some child was added with addChild and is not a tree's
+        kOwnsText = 1U << 5,          // m_text was made with new for this node
+        kTextInPlace = 1U << 6,       // m_text is this node's, in its tree's memory
+        kOwnsChildList = 1U << 7,     // m_children was made with new for this node
+        kChildListInPlace = 1U << 8,  // m_children is this node's, in its tree's memory
     };
 
     // A node of a parser's tree, named by a string that the tree keeps.
@@ -94,10 +101,14 @@ private:
     const Attribute* findAttribute(const std::string& name) const noexcept;
     void destroyAttributes() noexcept;
     void deleteChildren() noexcept;
+    std::string& ownText();
+    std::vector<XMLNode*>& ownChildren();
 
-    std::string m_text;
-    std::vector<XMLNode*> m_children;
+    // One cache line: the parts are pointed to, so that a node without text, children or
+    // attributes, or with shared ones, takes no room for them.
     const std::string* m_name;
+    const std::string* m_text;
+    const std::vector<XMLNode*>* m_children;
     const std::string* m_extensionName;
     XMLNode* m_parent = nullptr;
     Attribute* m_attributes = nullptr;
