@@ -28,18 +28,20 @@ std::size_t capacityFor(std::size_t count) {
 
 }  // namespace
 
-// A node made by the caller has its own name, text and child list from the start, so that the
-// references its getters return follow every change.
+// A node made by the caller has its own name, text, extension and child list from the start, so
+// that the references its getters return follow every change.
 XMLNode::XMLNode() : XMLNode(std::string()) {}
 
 XMLNode::XMLNode(std::string name)
     : m_name(&kEmpty), m_text(&kEmpty), m_children(&kNoChildren), m_extensionName(&kEmpty) {
     auto ownName = std::make_unique<std::string>(std::move(name));
     auto ownText = std::make_unique<std::string>();
+    auto ownExtension = std::make_unique<std::string>();
     m_children = new std::vector<XMLNode*>();
     m_name = ownName.release();
     m_text = ownText.release();
-    m_flags = kOwnsName | kOwnsText | kOwnsChildList;
+    m_extensionName = ownExtension.release();
+    m_flags = kOwnsName | kOwnsText | kOwnsExtension | kOwnsChildList;
 }
 
 XMLNode::XMLNode(const std::string* name, XMLNode* parent) noexcept

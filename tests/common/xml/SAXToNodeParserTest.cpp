@@ -170,6 +170,14 @@ TEST(SAXToNodeParserTest, FatalErrorLayout) {
               "Message: entity 'undefined' not found\n");
 }
 
+// The version of the XML declaration is checked as the grammar has it, before the root.
+TEST(SAXToNodeParserTest, RefusesXmlVersionsOutsideTheGrammar) {
+    EXPECT_EQ(failureOf("<?xml version=\"1.0 \"?><r/>"),
+              "Fatal Error: parsing: From-String: line 1, char 23\n"
+              "Message: '1.0 ' is not a valid XML version\n");
+    EXPECT_EQ(failureOf("<?xml version='1.1'?><r>\n<a/></r>"), "(parsed)");
+}
+
 TEST(SAXToNodeParserTest, NothingIsKeptFromAFailedParse) {
     SAXToNodeParser parser;
     parser.parseString("<first/>");
