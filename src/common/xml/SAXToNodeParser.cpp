@@ -311,6 +311,26 @@ std::uint64_t hashUnits(const char16_t* units, std::size_t length) {
     return hash;
 }
 
+// Whether two runs of `length` units are the same; names are short, so in line.
+bool sameUnits(const char16_t* a, const char16_t* b, std::size_t length) {
+    std::size_t i = 0;
+    for (; i + 4 <= length; i += 4) {
+        std::uint64_t x = 0;
+        std::uint64_t y = 0;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&y, b + i, sizeof y);
+        if (x != y) {
+            return false;
+        }
+    }
+    for (; i < length; ++i) {
+        if (a[i] != b[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The names of one document by their UTF-16 text, each converted on first sight. Two texts
 // that convert to the same name (in a code page that substitutes) get the same Name, so that
 // names compare by address. An xsi:type is kept as its type name, without the prefix.
@@ -320,7 +340,16 @@ public:
 
     Name& get(const char16_t* units, std::size_t length, Arena& keys, Utf8String& utf8,
               bool replace) {
+        // The scanner hands the same element's name, and often the same attribute's, from the
+        // same place each time: what was found for a place is tried first, by its text.
+        Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(units) >> 3) % kRecent];
+        if (recent.source == units && recent.length == length &&
+            sameUnits(recent.key, units, length)) {
+            return *recent.name;
+        }
         const std::uint64_t hash = hashUnits(units, length);
+        Name* name = nullptr;
+        const char16_t* key = nullptr;
         if (!m_entries.empty()) {
             const std::size_t mask = m_entries.size() - 1;
             for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
@@ -329,12 +358,20 @@ public:
                     break;
                 }
                 if (entry.hash == hash && entry.length == length &&
-                    std::memcmp(entry.key, units, length * sizeof(char16_t)) == 0) {
-                    return *entry.name;
+                    sameUnits(entry.key, units, length)) {
+                    name = entry.name;
+                    key = entry.key;
+                    break;
                 }
             }
         }
-        return add(hash, units, length, keys, utf8, replace);
+        if (name == nullptr) {
+            const Entry& added = add(hash, units, length, keys, utf8, replace);
+            name = added.name;
+            key = added.key;
+        }
+        recent = Recent{units, key, length, name};
+        return *name;
     }
 
     // Forgets every name; the table keeps its room when the document was small.
@@ -346,6 +383,7 @@ public:
             std::fill(m_entries.begin(), m_entries.end(), Entry{});
         }
         m_count = 0;
+        std::fill(std::begin(m_recent), std::end(m_recent), Recent{});
         m_byText.clear();
         m_names.clear();
     }
@@ -358,8 +396,16 @@ private:
         Name* name = nullptr;  // none: a free entry
     };
 
-    Name& add(std::uint64_t hash, const char16_t* units, std::size_t length, Arena& keys,
-              Utf8String& utf8, bool replace) {
+    struct Recent {
+        const char16_t* source = nullptr;  // where the scanner had the name
+        const char16_t* key = nullptr;
+        std::size_t length = 0;
+        Name* name = nullptr;
+    };
+    static constexpr std::size_t kRecent = 64;
+
+    const Entry& add(std::uint64_t hash, const char16_t* units, std::size_t length, Arena& keys,
+                     Utf8String& utf8, bool replace) {
         std::string text;
         utf8.decode(units, length, text, replace);
         if (m_typeNames) {
@@ -383,18 +429,18 @@ private:
         if (length != 0) {
             std::memcpy(key, units, length * sizeof(char16_t));
         }
-        place(Entry{hash, key, length, name});
         ++m_count;
-        return *name;
+        return place(Entry{hash, key, length, name});
     }
 
-    void place(const Entry& entry) noexcept {
+    const Entry& place(const Entry& entry) noexcept {
         const std::size_t mask = m_entries.size() - 1;
         std::size_t at = entry.hash & mask;
         while (m_entries[at].name != nullptr) {
             at = (at + 1) & mask;
         }
         m_entries[at] = entry;
+        return m_entries[at];
     }
 
     void rehash(std::size_t size) {
@@ -410,6 +456,7 @@ private:
     bool m_typeNames;
     std::vector<Entry> m_entries;  // open addressing; a power of two, at most half full
     std::size_t m_count = 0;
+    Recent m_recent[kRecent];
     std::deque<Name> m_names;
     std::unordered_map<std::string_view, Name*> m_byText;
 };
