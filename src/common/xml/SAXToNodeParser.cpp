@@ -913,13 +913,13 @@ void copyUnits(char16_t* to, const char16_t* from, std::size_t length) {
 
 // A name is recorded as its address in the tree, in four units.
 constexpr std::size_t kNameUnits = 4;
-static_assert(sizeof(Name*) <= kNameUnits * sizeof(char16_t), "a name's address fits");
+static_assert(sizeof(void*) <= kNameUnits * sizeof(char16_t), "an address fits");
 
 Name& readName(const char16_t*& event) {
-    Name* name = nullptr;
-    std::memcpy(&name, event, sizeof name);
+    void* address = nullptr;
+    std::memcpy(&address, event, sizeof address);
     event += kNameUnits;
-    return *name;
+    return *static_cast<Name*>(address);
 }
 
 }  // namespace
@@ -935,7 +935,7 @@ void SAXToNodeParser::Impl::recordText(const XMLCh* text, std::size_t length) {
 }
 
 void SAXToNodeParser::Impl::recordName(Name& name) {
-    Name* const address = &name;
+    void* const address = &name;
     std::memcpy(m_events.extend(kNameUnits), &address, sizeof address);
 }
 
