@@ -246,7 +246,7 @@ const std::string& XMLNode::getAttr(const std::string& name) const {
 
 bool XMLNode::existsAttr(const std::string& name) const { return findAttribute(name) != nullptr; }
 
-const XMLNode::Attributes& XMLNode::attrs() const noexcept {
+const XMLNode::Attributes& XMLNode::attrs() const {
     Attributes* map = m_attributeMap.load(std::memory_order_acquire);
     if (map != nullptr) {
         return *map;

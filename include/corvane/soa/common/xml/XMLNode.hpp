@@ -53,7 +53,7 @@ public:
     bool existsAttr(const std::string& name) const;
     /// All attributes by name. The map is made on the first call and kept: it is the same
     /// object on every later call, and `putAttr` keeps it up to date.
-    const Attributes& attrs() const noexcept;
+    const Attributes& attrs() const;
 
     /// The type named by the element's xsi:type attribute, without its prefix; empty when the
     /// element has none.
