@@ -307,28 +307,6 @@ TEST(ValueModelPrinting, ScalarsStringsAndEmptyContainers) {
     EXPECT_EQ(print(JSONArray()), "[\n]");
 }
 
-TEST(ValueModelPrinting, Scalars) {
-    JSONArray array;
-    array.add(std::numeric_limits<int>::min());
-    array.add(0.1);
-    array.add(-2.5);
-    array.add(false);
-    array.add(AutoPtr<NullValue>(new NullValue));
-    const DateTime date(2014, 3, 22, 0, 19, 59);
-    array.add(date);
-    EXPECT_EQ(print(array), "[-2147483648,0.10000000000000001,-2.5,false,null,\"" +
-                                lexical_cast<std::string>(date) + "\"\n]");
-}
-
-// Members of every layout: an array, an empty object, an object of two members and one of one.
-// Printing does not depend on how a tree was built: the parser builds these.
-AutoPtr<JSONObject> nested() {
-    return Parser()
-        .parse(
-            R"({"arr": [1, 2, 3], "empty": {}, "obj": {"y": null, "x": true}, "one": {"k": 1.5}})")
-        .dynamicCast<JSONObject>();
-}
-
 TEST(ValueModelPrinting, NestedObjectWithEachTabSize) {
     const AutoPtr<JSONObject> root = nested();
     const char* const layout =
