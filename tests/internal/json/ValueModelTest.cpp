@@ -307,6 +307,15 @@ TEST(ValueModelPrinting, ScalarsStringsAndEmptyContainers) {
     EXPECT_EQ(print(JSONArray()), "[\n]");
 }
 
+// Members of every layout: an array, an empty object, an object of two members and one of one.
+// Printing does not depend on how a tree was built: the parser builds these.
+AutoPtr<JSONObject> nested() {
+    return Parser()
+        .parse(
+            R"({"arr": [1, 2, 3], "empty": {}, "obj": {"y": null, "x": true}, "one": {"k": 1.5}})")
+        .dynamicCast<JSONObject>();
+}
+
 TEST(ValueModelPrinting, NestedObjectWithEachTabSize) {
     const AutoPtr<JSONObject> root = nested();
     const char* const layout =
