@@ -4,6 +4,8 @@
 #include <corvane/soa/common/xml/Utf8String.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
 
+#include "AsciiText.hpp"
+
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLDocumentHandler.hpp>
 #include <xercesc/sax/InputSource.hpp>
@@ -55,7 +57,6 @@ constexpr const char* kStreamName = "From std::istream";
 
 // The XML Schema instance namespace, whose "type" attribute names the element's type.
 constexpr char16_t kXsiUri[] = u"http://www.w3.org/2001/XMLSchema-instance";
-constexpr char16_t kType[] = u"type";
 
 std::atomic<bool> s_replaceHexOneA{false};
 
@@ -70,9 +71,13 @@ bool equals(const XMLCh* text, const char16_t* expected) {
     return text != nullptr && X::XMLString::equals(text, expected);
 }
 
-std::size_t lengthOf(const XMLCh* text) {
-    return text == nullptr ? 0 : std::char_traits<char16_t>::length(text);
+// Whether a local name is "type", read no further than the first unit that differs.
+bool isType(const XMLCh* name) {
+    return name != nullptr && name[0] == u't' && name[1] == u'y' && name[2] == u'p' &&
+           name[3] == u'e' && name[4] == 0;
 }
+
+std::size_t lengthOf(const XMLCh* text) { return text == nullptr ? 0 : AsciiText::length(text); }
 
 // Reads a standard stream for Xerces. The stream is not owned.
 class IStreamBinInputStream : public X::BinInputStream {
@@ -152,28 +157,6 @@ private:
     void* m_owner;
     Refuse m_refuse;
 };
-
-// Narrows `length` UTF-16 units to bytes at `out` and returns whether they were all ASCII
-// (when they were not, what `out` holds is of no use).
-bool narrowAscii(const char16_t* units, std::size_t length, char* out) {
-    unsigned all = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        all |= units[i];
-        out[i] = static_cast<char>(units[i]);
-    }
-    return all < 0x80;
-}
-
-// Whether a text is white space only.
-bool isLayout(const char* text, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i) {
-        const char c = text[i];
-        if (c != ' ' && c != '\n' && c != '\t' && c != '\r') {
-            return false;
-        }
-    }
-    return true;
-}
 
 // Bytes that grow at the end and are cut back, without the zero-filling and the calls of a
 // string: the texts of the open elements.
@@ -531,6 +514,19 @@ private:
 
     [[noreturn]] void refuseTooDeep();
 
+    // Whether a namespace URI is that of XML Schema instances. The scanner hands each URI from
+    // one place, so the place where it was last seen is tried first.
+    bool isXsi(const XMLCh* uri) {
+        if (uri == m_xsiUri && uri != nullptr) {
+            return true;
+        }
+        if (!equals(uri, kXsiUri)) {
+            return false;
+        }
+        m_xsiUri = uri;
+        return true;
+    }
+
     // Appends the local form of `length` units to `out`. ASCII, the bulk of any document, is
     // narrowed here in line when the local code page is UTF-8; the rest goes to Utf8String.
     void appendLocal(const char16_t* units, std::size_t length, std::string& out, bool replace);
@@ -540,18 +536,29 @@ private:
     // Recording, during the scan.
     void record(char16_t kind) { *m_events.extend(1) = kind; }
     void recordLength(std::size_t length);
-    void recordText(const XMLCh* text, std::size_t length);
+    // Records a text as an event of the kind `bytes`, narrowed, when it is ASCII and the local
+    // code page is UTF-8; else as one of the kind `units`. Returns whether it went as bytes.
+    bool recordText(char16_t bytes, char16_t units, const XMLCh* text, std::size_t length);
+    // Appends a piece of text to the text event that ends the record, if it can go as that
+    // event went; returns whether it did.
+    bool extendText(const XMLCh* text, std::size_t length);
     void recordName(Name& name);
 
     // Building, between pieces of the scan.
     void build();
     void buildStart(const char16_t*& event);
     void buildText(const char16_t* text, std::size_t length);
+    void buildText(const char* bytes, std::size_t size);
+    // Moves the text of the innermost open element to its node once it has grown long.
+    void keepLongText();
     void buildEnd();
     // Gives the element being closed, `node`, its children and its text.
     void complete(XMLNode& node);
     // Forgets the open elements, what they had and what is recorded; their nodes are the tree's.
     void clearOpen();
+
+    // White space texts up to this size are shared between the nodes that have them.
+    static constexpr std::size_t kSharedText = 256;
 
     // The nodes of the parse and what they share: their attribute arrays and the names of the
     // document, each kept once. With no memory manager installed the nodes are made in large
@@ -607,14 +614,23 @@ private:
         }
         // A text of white space only, kept once for all the nodes that have it: the layout
         // between elements, which repeats all through an indented document.
+        // `size` is at most kSharedText.
         const std::string& sharedText(const char* bytes, std::size_t size) {
+            // An indented document has about one layout for each size (a line end and the
+            // indentation of a level): the last one of the size is tried first.
+            const std::string*& last = m_lastShared[size];
+            if (last != nullptr && std::memcmp(last->data(), bytes, size) == 0) {
+                return *last;
+            }
             const std::string_view key(bytes, size);
             const auto found = m_sharedTexts.find(key);
             if (found != m_sharedTexts.end()) {
-                return *found->second;
+                last = found->second;
+                return *last;
             }
             const std::string& text = m_texts.emplace_back(bytes, size);
             m_sharedTexts.emplace(text, &text);
+            last = &text;
             return text;
         }
 
@@ -651,6 +667,7 @@ private:
             m_names.clear();
             m_typeNames.clear();
             m_sharedTexts.clear();
+            std::fill(std::begin(m_lastShared), std::end(m_lastShared), nullptr);
             m_texts.clear();
             m_bytes.clear();
         }
@@ -688,6 +705,7 @@ private:
         Names m_typeNames{true};
         std::deque<std::string> m_texts;
         std::unordered_map<std::string_view, const std::string*> m_sharedTexts;
+        const std::string* m_lastShared[kSharedText + 1] = {};
     };
 
     // The text of `node` as a string of its own, to append to.
@@ -699,6 +717,7 @@ private:
     const X::Locator* m_locator = nullptr;
     X::SAX2XMLReader* m_reader = nullptr;
     X::XMLDocumentHandler* m_declarationCheck = nullptr;  // while it is installed
+    const XMLCh* m_xsiUri = nullptr;                      // where the scanner had it last
 
     // The content handler does not build the tree itself: it records what the scanner reports
     // (names, attributes, text, still in UTF-16), and the tree is built from the record when it
@@ -709,10 +728,14 @@ private:
     //
     // A record is a sequence of 16-bit units: an event kind, then for
     //   kStart: the local name, the number of attributes, then for each attribute either
-    //           kAttribute, its value and its qualified name, or kXsiType and its value;
-    //   kText:  the characters;
+    //           kAttribute or kAttributeUnits, its value and its qualified name, or kXsiType
+    //           and its type name;
+    //   kText, kTextUnits: the characters;
     //   kEnd:   nothing.
-    // A text (name, value, characters) is its length, in four units, then its units.
+    // A text (value, characters) is its length, in four units, then its content: for kText and
+    // kAttribute the bytes of its local form, two a unit (ASCII, narrowed as it is recorded, so
+    // that it is read once and takes half the room); for kTextUnits and kAttributeUnits its
+    // UTF-16 units, converted when it is built.
     class Events {
     public:
         // Room for `units` more units at the end, returned to be written.
@@ -728,6 +751,7 @@ private:
         char16_t* at(std::size_t offset) noexcept { return m_data.get() + offset; }
         std::size_t size() const noexcept { return m_size; }
         void clear() noexcept { m_size = 0; }
+        void resize(std::size_t size) noexcept { m_size = size; }  // never larger
         // Gives back the memory that a large document needed, keeping what a small one does.
         void trim() noexcept {
             if (m_capacity > kKeptUnits) {
@@ -759,11 +783,15 @@ private:
     static constexpr char16_t kEnd = 3;
     static constexpr char16_t kAttribute = 4;
     static constexpr char16_t kXsiType = 5;
+    static constexpr char16_t kTextUnits = 6;
+    static constexpr char16_t kAttributeUnits = 7;
 
     Events m_events;
-    // The end of the record when its last event is a text, and where that text's length is.
+    // The end of the record when its last event is a text, where that text's length is and
+    // whether it went as bytes.
     std::size_t m_textEnd = kNoText;
     std::size_t m_textLengthAt = 0;
+    bool m_textBytes = false;
     static constexpr std::size_t kNoText = static_cast<std::size_t>(-1);
     // Of the scan: the depth of the element being reported and whether the root has begun.
     int m_depth = 0;
@@ -796,8 +824,6 @@ private:
 #else
     static constexpr std::size_t kLargeText = std::size_t{16} * 1024;
 #endif
-    // White space texts up to this size are shared between the nodes that have them.
-    static constexpr std::size_t kSharedText = 256;
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
     Bytes m_openText;
@@ -911,6 +937,9 @@ void copyUnits(char16_t* to, const char16_t* from, std::size_t length) {
     }
 }
 
+// The units that `size` bytes take, two a unit.
+constexpr std::size_t unitsForBytes(std::size_t size) { return (size + 1) / 2; }
+
 // A name is recorded as its address in the tree, in four units.
 constexpr std::size_t kNameUnits = 4;
 static_assert(sizeof(void*) <= kNameUnits * sizeof(char16_t), "an address fits");
@@ -928,10 +957,49 @@ void SAXToNodeParser::Impl::recordLength(std::size_t length) {
     putLength(m_events.extend(kLengthUnits), length);
 }
 
-void SAXToNodeParser::Impl::recordText(const XMLCh* text, std::size_t length) {
-    char16_t* const at = m_events.extend(kLengthUnits + length);
-    putLength(at, length);
-    copyUnits(at + kLengthUnits, text, length);
+bool SAXToNodeParser::Impl::recordText(char16_t bytes, char16_t units, const XMLCh* text,
+                                       std::size_t length) {
+    if (m_localUtf8) {
+        const std::size_t mark = m_events.size();
+        char16_t* const at = m_events.extend(1 + kLengthUnits + unitsForBytes(length));
+        at[0] = bytes;
+        putLength(at + 1, length);
+        char* const narrowed = reinterpret_cast<char*>(at + 1 + kLengthUnits);
+        if (AsciiText::narrow(text, length, narrowed)) {
+            if (m_replace) {
+                std::replace(narrowed, narrowed + length, '\x1a', '?');
+            }
+            return true;
+        }
+        m_events.resize(mark);
+    }
+    char16_t* const at = m_events.extend(1 + kLengthUnits + length);
+    at[0] = units;
+    putLength(at + 1, length);
+    copyUnits(at + 1 + kLengthUnits, text, length);
+    return false;
+}
+
+bool SAXToNodeParser::Impl::extendText(const XMLCh* text, std::size_t length) {
+    const char16_t* read = m_events.at(m_textLengthAt);
+    const std::size_t had = readLength(read);
+    const std::size_t mark = m_events.size();
+    if (!m_textBytes) {
+        copyUnits(m_events.extend(length), text, length);
+    } else {
+        m_events.extend(unitsForBytes(had + length) - unitsForBytes(had));
+        char* const narrowed =
+            reinterpret_cast<char*>(m_events.at(m_textLengthAt + kLengthUnits)) + had;
+        if (!AsciiText::narrow(text, length, narrowed)) {
+            m_events.resize(mark);
+            return false;
+        }
+        if (m_replace) {
+            std::replace(narrowed, narrowed + length, '\x1a', '?');
+        }
+    }
+    putLength(m_events.at(m_textLengthAt), had + length);
+    return true;
 }
 
 void SAXToNodeParser::Impl::recordName(Name& name) {
@@ -969,13 +1037,12 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
         const XMLCh* const value = attrs.getValue(i);
         // The local name first: it rules out nearly every attribute without asking the
         // scanner for the namespace.
-        if (equals(attrs.getLocalName(i), kType) && equals(attrs.getURI(i), kXsiUri)) {
+        if (isType(attrs.getLocalName(i)) && isXsi(attrs.getURI(i))) {
             record(kXsiType);
             recordName(m_tree.typeName(value, lengthOf(value), *m_utf8, m_replace));
             continue;
         }
-        record(kAttribute);
-        recordText(value, lengthOf(value));
+        recordText(kAttribute, kAttributeUnits, value, lengthOf(value));
         const XMLCh* const name = attrs.getQName(i);
         recordName(m_tree.name(name, lengthOf(name), *m_utf8, m_replace));
     }
@@ -992,18 +1059,11 @@ void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t
         buildText(chars, length);
         return;
     }
-    if (m_events.size() == m_textEnd) {
-        // The scanner gives a text in several pieces (around a reference, at a line end): a
-        // piece that follows another is recorded as part of it.
-        char16_t* const at = m_events.extend(length);
-        std::memcpy(at, chars, length * sizeof(char16_t));
-        char16_t* const lengthAt = m_events.at(m_textLengthAt);
-        const char16_t* read = lengthAt;
-        putLength(lengthAt, readLength(read) + length);
-    } else {
-        record(kText);
-        m_textLengthAt = m_events.size();
-        recordText(chars, length);
+    // The scanner gives a text in several pieces (around a reference, at a line end): a
+    // piece that follows another is recorded as part of it when it can be.
+    if (m_events.size() != m_textEnd || !extendText(chars, length)) {
+        m_textLengthAt = m_events.size() + 1;
+        m_textBytes = recordText(kText, kTextUnits, chars, length);
     }
     m_textEnd = m_events.size();
     if (m_events.size() >= kBatchUnits) {
@@ -1026,7 +1086,7 @@ void SAXToNodeParser::Impl::appendLocal(const char16_t* units, std::size_t lengt
     constexpr std::size_t kNarrowed = 256;
     if (m_localUtf8 && length <= kNarrowed) {
         char bytes[kNarrowed];
-        if (narrowAscii(units, length, bytes)) {
+        if (AsciiText::narrow(units, length, bytes)) {
             if (replace) {
                 std::replace(bytes, bytes + length, '\x1a', '?');
             }
@@ -1041,7 +1101,7 @@ void SAXToNodeParser::Impl::appendOpenText(const char16_t* units, std::size_t le
                                            bool replace) {
     if (m_localUtf8) {
         char* const bytes = m_openText.extend(length);
-        if (narrowAscii(units, length, bytes)) {
+        if (AsciiText::narrow(units, length, bytes)) {
             if (replace) {
                 std::replace(bytes, bytes + length, '\x1a', '?');
             }
@@ -1063,6 +1123,12 @@ void SAXToNodeParser::Impl::build() {
                 buildStart(event);
                 break;
             case kText: {
+                const std::size_t size = readLength(event);
+                buildText(reinterpret_cast<const char*>(event), size);
+                event += unitsForBytes(size);
+                break;
+            }
+            case kTextUnits: {
                 const std::size_t length = readLength(event);
                 buildText(event, length);
                 event += length;
@@ -1111,46 +1177,53 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
             continue;
         }
         const std::size_t valueLength = readLength(event);
-        const char16_t* const value = event;
-        event += valueLength;
-        // A short ASCII value, the usual one, goes from the stack to its string.
-        constexpr std::size_t kNarrowed = 128;
-        char bytes[kNarrowed];
-        const bool narrowed = m_localUtf8 && !replace && valueLength <= kNarrowed &&
-                              narrowAscii(value, valueLength, bytes);
-        if (!narrowed) {
+        std::string_view value;
+        if (kind == kAttribute) {
+            value = std::string_view(reinterpret_cast<const char*>(event), valueLength);
+            event += unitsForBytes(valueLength);
+        } else {
             m_scratchValue.clear();
-            appendLocal(value, valueLength, m_scratchValue, replace);
+            appendLocal(event, valueLength, m_scratchValue, replace);
+            value = m_scratchValue;
+            event += valueLength;
         }
         Name& attributeName = readName(event);
         // Two names may convert to one in a code page that substitutes: the last one stays.
         if (attributeName.stamp == stamp) {
-            std::string& kept = attributes[attributeName.slot].value;
-            if (narrowed) {
-                kept.assign(bytes, valueLength);
-            } else {
-                kept = m_scratchValue;
-            }
+            attributes[attributeName.slot].value.assign(value);
             continue;
         }
         new (attributes + node->m_attributeCount)
-            XMLNode::Attribute{&attributeName.text, narrowed ? std::string(bytes, valueLength)
-                                                             : std::string(m_scratchValue)};
+            XMLNode::Attribute{&attributeName.text, std::string(value)};
         attributeName.stamp = stamp;
         attributeName.slot = node->m_attributeCount++;
     }
 }
 
 void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) {
-    const bool replace = m_replace;
     if (m_open.empty() || m_open.back().direct) {
         if (m_current != nullptr) {
-            appendLocal(text, length, placedText(*m_current), replace);
+            appendLocal(text, length, placedText(*m_current), m_replace);
         }
         return;
     }
+    appendOpenText(text, length, m_replace);
+    keepLongText();
+}
+
+void SAXToNodeParser::Impl::buildText(const char* bytes, std::size_t size) {
+    if (m_open.empty() || m_open.back().direct) {
+        if (m_current != nullptr) {
+            placedText(*m_current).append(bytes, size);
+        }
+        return;
+    }
+    m_openText.append(bytes, size);
+    keepLongText();
+}
+
+void SAXToNodeParser::Impl::keepLongText() {
     Open& open = m_open.back();
-    appendOpenText(text, length, replace);
     if (m_openText.size() - open.text >= kLargeText) {
         // A long text goes to its node from here on, as it would have from the start: it is
         // not held twice.
@@ -1185,7 +1258,7 @@ void SAXToNodeParser::Impl::complete(XMLNode& node) {
         const std::size_t size = m_openText.size() - open.text;
         if ((node.m_flags & XMLNode::kTextInPlace) != 0) {
             placedText(node).append(text, size);
-        } else if (size <= kSharedText && isLayout(text, size)) {
+        } else if (size <= kSharedText && AsciiText::isLayout(text, size)) {
             node.m_text = &m_tree.sharedText(text, size);
         } else {
             node.m_text = m_tree.placeText(text, size);
@@ -1249,6 +1322,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     m_warnings.clear();
     m_documentName = documentName;
     m_locator = nullptr;
+    m_xsiUri = nullptr;  // the last reader's, whose memory may hold anything now
     m_utf8 = std::make_unique<Utf8String>(m_encoding);
     m_localUtf8 = m_utf8->isLocalUtf8();
     m_replace = s_replaceHexOneA.load();
