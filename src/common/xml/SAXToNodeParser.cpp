@@ -5,6 +5,12 @@
 #include <corvane/soa/common/xml/XMLNode.hpp>
 
 #include "AsciiText.hpp"
+#include "BlockArena.hpp"
+#include "DeclarationCheck.hpp"
+#include "EventRecord.hpp"
+#include "GrowingBytes.hpp"
+#include "IStreamInputSource.hpp"
+#include "NameTable.hpp"
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLDocumentHandler.hpp>
@@ -16,7 +22,6 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
-#include <xercesc/util/BinInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -55,6 +60,8 @@ constexpr const char* kStringName = "From String";
 constexpr const char* kStreamSystemId = "From-std::istream";
 constexpr const char* kStreamName = "From std::istream";
 
+using Name = NameTable::Name;
+
 // The XML Schema instance namespace, whose "type" attribute names the element's type.
 constexpr char16_t kXsiUri[] = u"http://www.w3.org/2001/XMLSchema-instance";
 
@@ -78,371 +85,6 @@ bool isType(const XMLCh* name) {
 }
 
 std::size_t lengthOf(const XMLCh* text) { return text == nullptr ? 0 : AsciiText::length(text); }
-
-// Reads a standard stream for Xerces. The stream is not owned.
-class IStreamBinInputStream : public X::BinInputStream {
-public:
-    explicit IStreamBinInputStream(std::istream& in) : m_in(in) {}
-
-    XMLFilePos curPos() const override { return m_position; }
-    XMLSize_t readBytes(XMLByte* const toFill, const XMLSize_t maxToRead) override {
-        if (!m_in.good()) {
-            return 0;
-        }
-        m_in.read(reinterpret_cast<char*>(toFill), static_cast<std::streamsize>(maxToRead));
-        const auto count = static_cast<XMLSize_t>(m_in.gcount());
-        m_position += count;
-        return count;
-    }
-    const XMLCh* getContentType() const override { return nullptr; }
-
-private:
-    std::istream& m_in;
-    XMLFilePos m_position = 0;
-};
-
-class IStreamInputSource : public X::InputSource {
-public:
-    IStreamInputSource(std::istream& in, const char* systemId)
-        : X::InputSource(systemId), m_in(in) {}
-
-    X::BinInputStream* makeStream() const override { return new IStreamBinInputStream(m_in); }
-
-private:
-    std::istream& m_in;
-};
-
-// XML 1.x: "1." and one or more digits, nothing around them.
-bool isXmlVersion(const XMLCh* version) {
-    if (version == nullptr || version[0] != u'1' || version[1] != u'.' || version[2] == 0) {
-        return false;
-    }
-    for (const XMLCh* c = version + 2; *c != 0; ++c) {
-        if (*c < u'0' || *c > u'9') {
-            return false;
-        }
-    }
-    return true;
-}
-
-// Sees the XML declaration, which no SAX callback reports. Xerces lets a version with trailing
-// blanks ("1.0 ") pass; the grammar does not.
-class DeclarationCheck : public X::XMLDocumentHandler {
-public:
-    using Refuse = void (*)(void* owner, const XMLCh* version);
-    DeclarationCheck(void* owner, Refuse refuse) : m_owner(owner), m_refuse(refuse) {}
-
-    void XMLDecl(const XMLCh* const version, const XMLCh* const, const XMLCh* const,
-                 const XMLCh* const) override {
-        if (lengthOf(version) != 0 && !isXmlVersion(version)) {
-            m_refuse(m_owner, version);
-        }
-    }
-    void docCharacters(const XMLCh* const, const XMLSize_t, const bool) override {}
-    void docComment(const XMLCh* const) override {}
-    void docPI(const XMLCh* const, const XMLCh* const) override {}
-    void endDocument() override {}
-    void endElement(const X::XMLElementDecl&, const unsigned int, const bool,
-                    const XMLCh* const) override {}
-    void endEntityReference(const X::XMLEntityDecl&) override {}
-    void ignorableWhitespace(const XMLCh* const, const XMLSize_t, const bool) override {}
-    void resetDocument() override {}
-    void startDocument() override {}
-    void startElement(const X::XMLElementDecl&, const unsigned int, const XMLCh* const,
-                      const X::RefVectorOf<X::XMLAttr>&, const XMLSize_t, const bool,
-                      const bool) override {}
-    void startEntityReference(const X::XMLEntityDecl&) override {}
-
-private:
-    void* m_owner;
-    Refuse m_refuse;
-};
-
-// Bytes that grow at the end and are cut back, without the zero-filling and the calls of a
-// string: the texts of the open elements.
-class Bytes {
-public:
-    char* data() noexcept { return m_data.get(); }
-    std::size_t size() const noexcept { return m_size; }
-    std::size_t capacity() const noexcept { return m_capacity; }
-    // Room for `count` more bytes at the end, returned to be written.
-    char* extend(std::size_t count) {
-        if (count > m_capacity - m_size) {
-            grow(count);
-        }
-        char* const at = m_data.get() + m_size;
-        m_size += count;
-        return at;
-    }
-    void append(const char* bytes, std::size_t count) {
-        if (count != 0) {
-            std::memcpy(extend(count), bytes, count);
-        }
-    }
-    void resize(std::size_t size) noexcept { m_size = size; }  // never larger
-    void reset() noexcept {
-        m_data.reset();
-        m_size = 0;
-        m_capacity = 0;
-    }
-
-private:
-    void grow(std::size_t count) {
-        const std::size_t capacity = std::max({2 * m_capacity, m_size + count, std::size_t{256}});
-        std::unique_ptr<char[]> data(new char[capacity]);
-        if (m_size != 0) {
-            std::memcpy(data.get(), m_data.get(), m_size);
-        }
-        m_data = std::move(data);
-        m_capacity = capacity;
-    }
-
-    std::unique_ptr<char[]> m_data;
-    std::size_t m_size = 0;
-    std::size_t m_capacity = 0;
-};
-
-// Memory handed out in order from blocks that grow, and given back all at once.
-class Arena {
-public:
-    Arena() = default;
-    Arena(const Arena&) = delete;
-    Arena& operator=(const Arena&) = delete;
-    ~Arena() {
-        for (const Block& block : m_blocks) {
-            ::operator delete(block.data);
-        }
-    }
-
-    // Room for `bytes`, aligned as operator new aligns.
-    void* allocate(std::size_t bytes) {
-        bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
-        if (bytes > m_left) {
-            grow(bytes);
-        }
-        unsigned char* const at = m_next;
-        m_next += bytes;
-        m_left -= bytes;
-        return at;
-    }
-
-    // Forgets everything handed out. The first block stays for the next tree, so that small
-    // documents read one after another allocate nothing here.
-    void clear() noexcept {
-        for (std::size_t i = 1; i < m_blocks.size(); ++i) {
-            ::operator delete(m_blocks[i].data);
-        }
-        if (!m_blocks.empty()) {
-            m_blocks.resize(1);
-            m_next = m_blocks[0].data;
-            m_left = m_blocks[0].size;
-        }
-    }
-
-private:
-    static constexpr std::size_t kAlignment = alignof(std::max_align_t);
-    static constexpr std::size_t kFirstBlock = std::size_t{4} * 1024;
-    static constexpr std::size_t kLargestBlock = std::size_t{1024} * 1024;
-
-    struct Block {
-        unsigned char* data;
-        std::size_t size;
-    };
-
-    void grow(std::size_t bytes) {
-        std::size_t size =
-            m_blocks.empty() ? kFirstBlock : std::min(2 * m_blocks.back().size, kLargestBlock);
-        size = std::max(size, bytes);
-        m_blocks.reserve(m_blocks.size() + 1);
-        auto* const data = static_cast<unsigned char*>(::operator new(size));
-        m_blocks.push_back({data, size});
-        m_next = data;
-        m_left = size;
-    }
-
-    std::vector<Block> m_blocks;
-    unsigned char* m_next = nullptr;
-    std::size_t m_left = 0;
-};
-
-// A name of the document (of an element, an attribute or an xsi:type) as the tree keeps it:
-// converted once, whatever number of nodes carry it. `stamp` and `slot` tell whether the
-// element being built already has an attribute of this name, and where.
-struct Name {
-    explicit Name(std::string converted) : text(std::move(converted)) {}
-    std::string text;
-    std::uint64_t stamp = 0;
-    std::uint32_t slot = 0;
-};
-
-std::uint64_t hashUnits(const char16_t* units, std::size_t length) {
-    constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ULL;
-    std::uint64_t hash = length * kMultiplier;
-    std::size_t i = 0;
-    for (; i + 4 <= length; i += 4) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, units + i, sizeof word);
-        hash = (hash ^ word) * kMultiplier;
-        hash ^= hash >> 32;
-    }
-    if (i < length) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, units + i, (length - i) * sizeof(char16_t));
-        hash = (hash ^ word) * kMultiplier;
-        hash ^= hash >> 32;
-    }
-    return hash;
-}
-
-// Whether two runs of `length` units are the same; names are short, so in line.
-bool sameUnits(const char16_t* a, const char16_t* b, std::size_t length) {
-    std::size_t i = 0;
-    for (; i + 4 <= length; i += 4) {
-        std::uint64_t x = 0;
-        std::uint64_t y = 0;
-        std::memcpy(&x, a + i, sizeof x);
-        std::memcpy(&y, b + i, sizeof y);
-        if (x != y) {
-            return false;
-        }
-    }
-    for (; i < length; ++i) {
-        if (a[i] != b[i]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-// The names of one document by their UTF-16 text, each converted on first sight. Two texts
-// that convert to the same name (in a code page that substitutes) get the same Name, so that
-// names compare by address. An xsi:type is kept as its type name, without the prefix.
-class Names {
-public:
-    explicit Names(bool typeNames) : m_typeNames(typeNames) {}
-
-    Name& get(const char16_t* units, std::size_t length, Arena& keys, Utf8String& utf8,
-              bool replace) {
-        // The scanner hands the same element's name, and often the same attribute's, from the
-        // same place each time: what was found for a place is tried first, by its text.
-        Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(units) >> 3) % kRecent];
-        if (recent.source == units && recent.length == length &&
-            sameUnits(recent.key, units, length)) {
-            return *recent.name;
-        }
-        const std::uint64_t hash = hashUnits(units, length);
-        Name* name = nullptr;
-        const char16_t* key = nullptr;
-        if (!m_entries.empty()) {
-            const std::size_t mask = m_entries.size() - 1;
-            for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-                const Entry& entry = m_entries[at];
-                if (entry.name == nullptr) {
-                    break;
-                }
-                if (entry.hash == hash && entry.length == length &&
-                    sameUnits(entry.key, units, length)) {
-                    name = entry.name;
-                    key = entry.key;
-                    break;
-                }
-            }
-        }
-        if (name == nullptr) {
-            const Entry& added = add(hash, units, length, keys, utf8, replace);
-            name = added.name;
-            key = added.key;
-        }
-        recent = Recent{units, key, length, name};
-        return *name;
-    }
-
-    // Forgets every name; the table keeps its room when the document was small.
-    void clear() noexcept {
-        constexpr std::size_t kKeptEntries = 1024;
-        if (m_entries.size() > kKeptEntries) {
-            std::vector<Entry>().swap(m_entries);
-        } else {
-            std::fill(m_entries.begin(), m_entries.end(), Entry{});
-        }
-        m_count = 0;
-        std::fill(std::begin(m_recent), std::end(m_recent), Recent{});
-        m_byText.clear();
-        m_names.clear();
-    }
-
-private:
-    struct Entry {
-        std::uint64_t hash = 0;
-        const char16_t* key = nullptr;
-        std::size_t length = 0;
-        Name* name = nullptr;  // none: a free entry
-    };
-
-    struct Recent {
-        const char16_t* source = nullptr;  // where the scanner had the name
-        const char16_t* key = nullptr;
-        std::size_t length = 0;
-        Name* name = nullptr;
-    };
-    static constexpr std::size_t kRecent = 64;
-
-    const Entry& add(std::uint64_t hash, const char16_t* units, std::size_t length, Arena& keys,
-                     Utf8String& utf8, bool replace) {
-        std::string text;
-        utf8.decode(units, length, text, replace);
-        if (m_typeNames) {
-            const std::size_t colon = text.find(':');
-            if (colon != std::string::npos) {
-                text.erase(0, colon + 1);
-            }
-        }
-        Name* name = nullptr;
-        const auto same = m_byText.find(text);
-        if (same != m_byText.end()) {
-            name = same->second;
-        } else {
-            name = &m_names.emplace_back(std::move(text));
-            m_byText.emplace(name->text, name);
-        }
-        if (2 * (m_count + 1) > m_entries.size()) {
-            rehash(std::max<std::size_t>(64, 2 * m_entries.size()));
-        }
-        auto* const key = static_cast<char16_t*>(keys.allocate(length * sizeof(char16_t) + 1));
-        if (length != 0) {
-            std::memcpy(key, units, length * sizeof(char16_t));
-        }
-        ++m_count;
-        return place(Entry{hash, key, length, name});
-    }
-
-    const Entry& place(const Entry& entry) noexcept {
-        const std::size_t mask = m_entries.size() - 1;
-        std::size_t at = entry.hash & mask;
-        while (m_entries[at].name != nullptr) {
-            at = (at + 1) & mask;
-        }
-        m_entries[at] = entry;
-        return m_entries[at];
-    }
-
-    void rehash(std::size_t size) {
-        std::vector<Entry> old(size);
-        old.swap(m_entries);
-        for (const Entry& entry : old) {
-            if (entry.name != nullptr) {
-                place(entry);
-            }
-        }
-    }
-
-    bool m_typeNames;
-    std::vector<Entry> m_entries;  // open addressing; a power of two, at most half full
-    std::size_t m_count = 0;
-    Recent m_recent[kRecent];
-    std::deque<Name> m_names;
-    std::unordered_map<std::string_view, Name*> m_byText;
-};
 
 }  // namespace
 
@@ -700,9 +342,9 @@ private:
         std::vector<XMLNode*> m_accountedNodes;  // in the order they were made
         std::vector<NodeBlock> m_blocks;
         std::size_t m_filling = 0;  // the block that new nodes go to
-        Arena m_bytes;
-        Names m_names{false};
-        Names m_typeNames{true};
+        BlockArena m_bytes;
+        NameTable m_names{false};
+        NameTable m_typeNames{true};
         std::deque<std::string> m_texts;
         std::unordered_map<std::string_view, const std::string*> m_sharedTexts;
         const std::string* m_lastShared[kSharedText + 1] = {};
@@ -736,40 +378,6 @@ private:
     // kAttribute the bytes of its local form, two a unit (ASCII, narrowed as it is recorded, so
     // that it is read once and takes half the room); for kTextUnits and kAttributeUnits its
     // UTF-16 units, converted when it is built.
-    class Events {
-    public:
-        // Room for `units` more units at the end, returned to be written.
-        char16_t* extend(std::size_t units) {
-            if (units > m_capacity - m_size) {
-                grow(units);
-            }
-            char16_t* const at = m_data.get() + m_size;
-            m_size += units;
-            return at;
-        }
-        const char16_t* data() const noexcept { return m_data.get(); }
-        char16_t* at(std::size_t offset) noexcept { return m_data.get() + offset; }
-        std::size_t size() const noexcept { return m_size; }
-        void clear() noexcept { m_size = 0; }
-        void resize(std::size_t size) noexcept { m_size = size; }  // never larger
-        // Gives back the memory that a large document needed, keeping what a small one does.
-        void trim() noexcept {
-            if (m_capacity > kKeptUnits) {
-                m_data.reset();
-                m_capacity = 0;
-                m_size = 0;
-            }
-        }
-
-    private:
-        static constexpr std::size_t kFirstUnits = 1024;
-        static constexpr std::size_t kKeptUnits = std::size_t{16} * 1024;
-        void grow(std::size_t units);
-
-        std::unique_ptr<char16_t[]> m_data;
-        std::size_t m_size = 0;
-        std::size_t m_capacity = 0;
-    };
     // A batch is built once the record reaches this many units (64 KB). Fuzzed documents are
     // small, so fuzzing builds make batches and long texts small too: then they reach the batch
     // boundaries and the path of long texts.
@@ -786,7 +394,7 @@ private:
     static constexpr char16_t kTextUnits = 6;
     static constexpr char16_t kAttributeUnits = 7;
 
-    Events m_events;
+    EventRecord m_events;
     // The end of the record when its last event is a text, where that text's length is and
     // whether it went as bytes.
     std::size_t m_textEnd = kNoText;
@@ -826,20 +434,10 @@ private:
 #endif
     std::vector<Open> m_open;
     std::vector<XMLNode*> m_pending;
-    Bytes m_openText;
+    GrowingBytes m_openText;
 
     Tree m_tree;
 };
-
-void SAXToNodeParser::Impl::Events::grow(std::size_t units) {
-    const std::size_t capacity = std::max({2 * m_capacity, m_size + units, kFirstUnits});
-    std::unique_ptr<char16_t[]> data(new char16_t[capacity]);
-    if (m_size != 0) {
-        std::memcpy(data.get(), m_data.get(), m_size * sizeof(char16_t));
-    }
-    m_data = std::move(data);
-    m_capacity = capacity;
-}
 
 std::string SAXToNodeParser::Impl::position(const std::string& heading, const XMLCh* systemId,
                                             unsigned long long line, unsigned long long column) {

@@ -122,6 +122,11 @@ TEST(SAXToNodeParserTest, ConcatenatesTextPieces) {
     ASSERT_EQ(root->getChildren().size(), 1U);
     EXPECT_EQ(root->getChildren()[0]->getText(), "inner");
 
+    // ASCII pieces after one that is not, and values of both kinds.
+    root = parser.parseString("<r k='caf\xc3\xa9 &amp; b' j='ab'>\xc3\xa9&amp;x<c/>y</r>");
+    EXPECT_EQ(root->getText(), "\xc3\xa9&xy");
+    EXPECT_EQ(root->attrs(), (XMLNode::Attributes{{"j", "ab"}, {"k", "caf\xc3\xa9 & b"}}));
+
     const std::string big(100000, 'x');
     root = parser.parseString("<r>" + big + "&amp;" + big + "</r>");
     EXPECT_EQ(root->getText(), big + "&" + big);
