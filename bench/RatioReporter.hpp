@@ -31,7 +31,11 @@ public:
                 run.iterations <= 0) {
                 continue;
             }
-            (median ? m_medians : m_runs)[run.run_name.str()].push_back(
+            // Named as registered, without the "/repeats:N" of a benchmark that sets its own
+            // repetition count.
+            benchmark::BenchmarkName name = run.run_name;
+            name.repetitions.clear();
+            (median ? m_medians : m_runs)[name.str()].push_back(
                 run.real_accumulated_time / static_cast<double>(run.iterations));
         }
     }
