@@ -42,37 +42,14 @@ public:
     Name& get(const char16_t* units, std::size_t length, BlockArena& keys, Utf8String& utf8,
               bool replace) {
         // The scanner hands the same element's name, and often the same attribute's, from the
-        // same place each time: what was found for a place is tried first, by its text.
-        Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(units) >> 3) % kRecent];
+        // same place each time: what was found for a place is tried first, by its text. Only
+        // this runs in line, between the scanner's own steps; the rest is a call.
+        const Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(units) >> 3) % kRecent];
         if (recent.source == units && recent.length == length &&
             sameUnits(recent.key, units, length)) {
             return *recent.name;
         }
-        const std::uint64_t hash = hashUnits(units, length);
-        Name* name = nullptr;
-        const char16_t* key = nullptr;
-        if (!m_entries.empty()) {
-            const std::size_t mask = m_entries.size() - 1;
-            for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-                const Entry& entry = m_entries[at];
-                if (entry.name == nullptr) {
-                    break;
-                }
-                if (entry.hash == hash && entry.length == length &&
-                    sameUnits(entry.key, units, length)) {
-                    name = entry.name;
-                    key = entry.key;
-                    break;
-                }
-            }
-        }
-        if (name == nullptr) {
-            const Entry& added = add(hash, units, length, keys, utf8, replace);
-            name = added.name;
-            key = added.key;
-        }
-        recent = Recent{units, key, length, name};
-        return *name;
+        return find(units, length, keys, utf8, replace);
     }
 
     // Forgets every name; the table keeps its room when the document was small.
@@ -127,6 +104,41 @@ private:
             }
         }
         return true;
+    }
+
+    // The look-up behind get(): by hash, then adding the name when it is new.
+#if defined(__GNUC__) || defined(__clang__)
+    __attribute__((noinline))
+#endif
+    Name&
+    find(const char16_t* units, std::size_t length, BlockArena& keys, Utf8String& utf8,
+         bool replace) {
+        const std::uint64_t hash = hashUnits(units, length);
+        Name* name = nullptr;
+        const char16_t* key = nullptr;
+        if (!m_entries.empty()) {
+            const std::size_t mask = m_entries.size() - 1;
+            for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+                const Entry& entry = m_entries[at];
+                if (entry.name == nullptr) {
+                    break;
+                }
+                if (entry.hash == hash && entry.length == length &&
+                    sameUnits(entry.key, units, length)) {
+                    name = entry.name;
+                    key = entry.key;
+                    break;
+                }
+            }
+        }
+        if (name == nullptr) {
+            const Entry& added = add(hash, units, length, keys, utf8, replace);
+            name = added.name;
+            key = added.key;
+        }
+        m_recent[(reinterpret_cast<std::uintptr_t>(units) >> 3) % kRecent] =
+            Recent{units, key, length, name};
+        return *name;
     }
 
     struct Entry {

@@ -51,6 +51,12 @@ namespace Corvane::Soa::Common::Xml {
 using Exceptions::DomException;
 namespace X = XERCES_CPP_NAMESPACE;
 
+#if defined(__GNUC__) || defined(__clang__)
+#define CORVANE_SOA_COLD __attribute__((cold, noinline))
+#else
+#define CORVANE_SOA_COLD
+#endif
+
 namespace {
 
 constexpr const char* kDtdMessage = "Document Type Defintions are not permited in XML documents.";
@@ -155,6 +161,11 @@ private:
     [[noreturn]] void refuseVersion(const XMLCh* version);
 
     [[noreturn]] void refuseTooDeep();
+
+    // What the scan does seldom is kept out of line, so that the code that runs at every
+    // element and text, between the scanner's own steps, takes few cache lines.
+    CORVANE_SOA_COLD void beginRoot();
+    CORVANE_SOA_COLD void largeText(const XMLCh* chars, std::size_t length);
 
     // Whether a namespace URI is that of XML Schema instances. The scanner hands each URI from
     // one place, so the place where it was last seen is tried first.
@@ -612,17 +623,8 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
         refuseTooDeep();
     }
     if (!m_begun) {
-        if (hasDocumentType()) {
-            throw DomException(kDtdMessage);
-        }
-        // The XML declaration, if any, came before the root: from here on the check has
-        // nothing to see, and the reader stops calling it at every element and text.
-        if (m_declarationCheck != nullptr) {
-            m_reader->removeAdvDocHandler(m_declarationCheck);
-            m_declarationCheck = nullptr;
-        }
+        beginRoot();
     }
-    m_begun = true;
     ++m_depth;
 
     // Names are looked up as they come, while the scanner's own data is at hand; the record
@@ -649,12 +651,29 @@ void SAXToNodeParser::Impl::startElement(const XMLCh* const, const XMLCh* const 
     }
 }
 
+void SAXToNodeParser::Impl::beginRoot() {
+    if (hasDocumentType()) {
+        throw DomException(kDtdMessage);
+    }
+    // The XML declaration, if any, came before the root: from here on the check has nothing
+    // to see, and the reader stops calling it at every element and text.
+    if (m_declarationCheck != nullptr) {
+        m_reader->removeAdvDocHandler(m_declarationCheck);
+        m_declarationCheck = nullptr;
+    }
+    m_begun = true;
+}
+
+void SAXToNodeParser::Impl::largeText(const XMLCh* chars, std::size_t length) {
+    // Converted where the scanner has it rather than copied first, once what came before is
+    // built.
+    build();
+    buildText(chars, length);
+}
+
 void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t length) {
     if (length >= kLargeText) {
-        // Converted where the scanner has it rather than copied first, once what came before
-        // is built.
-        build();
-        buildText(chars, length);
+        largeText(chars, length);
         return;
     }
     // The scanner gives a text in several pieces (around a reference, at a line end): a
