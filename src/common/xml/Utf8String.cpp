@@ -284,32 +284,42 @@ void Utf8String::decode(const char16_t* utf16, std::size_t length, std::string& 
     fromUnicode(m_local, utf16, utf16 + length, true, replaceHexOneA, local);
 }
 
+// ICU's own two-converter loop: it pivots through the UTF-16 buffer, carrying both converters'
+// state from piece to piece, and from UTF-8 into a multibyte page it converts directly, without
+// the pivot. Only the output goes in pieces, one byte buffer at a time.
 void Utf8String::convert(UConverter* from, UConverter* to, const char* bytes, std::size_t length,
                          std::string& out) {
-    ucnv_resetToUnicode(from);
-    ucnv_resetFromUnicode(to);
     out.reserve(out.size() + length);
     const char* source = bytes;
     const char* const end = bytes + length;
-    char16_t* const unicode = m_unicodeBuffer.get();
-    bool lastPiece = false;
-    do {
-        // Input goes in pieces of at most one buffer's worth; a character cut at the end of a
-        // piece stays in the converter until the next piece completes it.
-        const std::size_t left = static_cast<std::size_t>(end - source);
-        const char* const pieceEnd = left > sUnicodeBufferSize ? source + sUnicodeBufferSize : end;
-        lastPiece = pieceEnd == end;
-        bool more = false;
-        do {
-            char16_t* target = unicode;
-            UErrorCode status = U_ZERO_ERROR;
-            ucnv_toUnicode(from, &target, unicode + sUnicodeBufferSize, &source, pieceEnd, nullptr,
-                           static_cast<UBool>(lastPiece), &status);
-            handleError(from, status, true);
-            more = status == U_BUFFER_OVERFLOW_ERROR;
-            fromUnicode(to, unicode, target, lastPiece && !more, false, out);
-        } while (more);
-    } while (!lastPiece);
+    char16_t* const pivot = m_unicodeBuffer.get();
+    char16_t* pivotSource = pivot;
+    char16_t* pivotTarget = pivot;
+    char* const buffer = m_localBuffer.get();
+    bool first = true;
+    for (;;) {
+        char* target = buffer;
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_convertEx(to, from, &target, buffer + sLocalBufferSize, &source, end, pivot,
+                       &pivotSource, &pivotTarget, pivot + sUnicodeBufferSize,
+                       static_cast<UBool>(first), static_cast<UBool>(true), &status);
+        first = false;
+        out.append(buffer, static_cast<std::size_t>(target - buffer));
+        if (status == U_BUFFER_OVERFLOW_ERROR) {
+            continue;  // the output buffer was full: the next piece follows
+        }
+        if (U_FAILURE(status)) {
+            // Bytes the source page cannot read stop its converter; a character that the
+            // target page cannot write is left in the target's.
+            UChar unwritable[8];
+            int8_t count = static_cast<int8_t>(sizeof unwritable / sizeof unwritable[0]);
+            UErrorCode ignored = U_ZERO_ERROR;
+            ucnv_getInvalidUChars(to, unwritable, &count, &ignored);
+            const bool toUnicode = U_FAILURE(ignored) || count == 0;
+            handleError(toUnicode ? from : to, status, toUnicode);
+        }
+        return;
+    }
 }
 
 void Utf8String::fromUnicode(UConverter* to, const char16_t* begin, const char16_t* end, bool flush,

@@ -246,6 +246,18 @@ TEST(Utf8StringTest, ReplacesTheSubstitutionByteOnRequest) {
     local.clear();
     utf8.decode(u"a\u001ab", local, true);
     EXPECT_EQ(local, "a?b");
+
+    // UTF-8 text goes to a page by another route than UTF-16 does; the substitutes are the same.
+    EXPECT_EQ(decoded(cp1252,
+                      "a\xe6\x9d\xb1"
+                      "b"),
+              "a\x1a"
+              "b");
+    Utf8String sjis("Shift_JIS");
+    EXPECT_EQ(decoded(sjis, "x\xc3\xa9\xf0\x9f\x98\x80"), "x\xfc\xfc\xfc\xfc");
+    local.clear();
+    sjis.decode(u"x\u00e9\U0001F600", local, false);
+    EXPECT_EQ(local, "x\xfc\xfc\xfc\xfc");
 }
 
 TEST(Utf8StringTest, RecognisesUtf8SpellingsAndCopies) {
