@@ -50,12 +50,18 @@ std::string thrownBy(Parse parse) {
     return "(parsed)";
 }
 
-std::string nested(int depth) {
+// `depth` start tags of elements "a", each inside the one before.
+std::string opened(int depth) {
     std::string xml;
-    xml.reserve(static_cast<std::size_t>(depth) * 7);
+    xml.reserve(static_cast<std::size_t>(depth) * 3);
     for (int i = 0; i < depth; ++i) {
         xml += "<a>";
     }
+    return xml;
+}
+
+std::string nested(int depth) {
+    std::string xml = opened(depth);
     for (int i = 0; i < depth; ++i) {
         xml += "</a>";
     }
@@ -192,6 +198,43 @@ TEST(SAXToNodeParserTest, FatalErrorLayout) {
          "Fatal Error: parsing: From-String: line 1, char 23\n"
          "Message: '1.0 ' is not a valid XML version\n"},
         {"<?xml version='1.1'?><r>\n<a/></r>", "(parsed)"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(failureOf(c.xml), c.message) << c.xml;
+    }
+}
+
+// An xsi:schemaLocation must list namespace-location pairs: its value, as the attribute holds
+// it, splits at white space into an even number of words. Nothing that it names is loaded.
+TEST(SAXToNodeParserTest, SchemaLocationsListPairs) {
+    const std::string xsi = "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' ";
+    const struct {
+        std::string xml;
+        const char* message;
+    } cases[] = {
+        {"<a " + xsi + "xsi:schemaLocation='urn:a http://127.0.0.1:9/a.xsd'/>", "(parsed)"},
+        {"<a " + xsi + "xsi:schemaLocation=''/>", "(parsed)"},
+        {"<a " + xsi + "xsi:schemaLocation='  a \n b  '/>", "(parsed)"},
+        {"<a " + xsi + "xsi:schemaLocation='a&#9;b'/>", "(parsed)"},
+        {"<a " + xsi + "xsi:noNamespaceSchemaLocation='a b c'/>", "(parsed)"},
+        {"<a schemaLocation='odd'/>", "(parsed)"},
+        {"<a " + xsi + "><b xmlns:xsi='urn:other' xsi:schemaLocation='odd'/></a>", "(parsed)"},
+        {"<a " + xsi + "xsi:schemaLocation='odd'/>",
+         "Fatal Error: parsing: From-String: line 1, char 84\n"
+         "Message: schemaLocation does not contain namespace-location pairs\n"},
+        // A character that is not XML white space does not separate words.
+        {"<a " + xsi + "xsi:schemaLocation='a&#xA0;b'/>",
+         "Fatal Error: parsing: From-String: line 1, char 89\n"
+         "Message: schemaLocation does not contain namespace-location pairs\n"},
+        // Any prefix of the namespace, at any depth; a tab is white space too.
+        {"<a xmlns:i='http://www.w3.org/2001/XMLSchema-instance'>\n <b>\n  <c "
+         "i:schemaLocation='a\tb c'></c></b></a>",
+         "Fatal Error: parsing: From-String: line 3, char 31\n"
+         "Message: schemaLocation does not contain namespace-location pairs\n"},
+        // The attributes of an element are checked before its depth.
+        {"<a " + xsi + ">" + opened(1023) + "<a xsi:schemaLocation='odd'>",
+         "Fatal Error: parsing: From-String: line 1, char 3156\n"
+         "Message: schemaLocation does not contain namespace-location pairs\n"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(failureOf(c.xml), c.message) << c.xml;
@@ -403,11 +446,7 @@ TEST(SAXToNodeParserTest, ElementsDeeperThan1024LevelsAreRefused) {
     const std::string deepest = failureOf(nested(100000));
     EXPECT_EQ(deepest.rfind("The XML document is nested too deeply.", 0), 0U) << deepest;
     // Unclosed levels are refused the same way.
-    std::string unclosed;
-    for (int i = 0; i < 5000; ++i) {
-        unclosed += "<a>";
-    }
-    EXPECT_EQ(failureOf(unclosed).rfind("The XML document is nested too deeply.", 0), 0U);
+    EXPECT_EQ(failureOf(opened(5000)).rfind("The XML document is nested too deeply.", 0), 0U);
 }
 
 // A document far larger than the batches in which the tree is built: every node, attribute
