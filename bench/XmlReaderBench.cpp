@@ -215,12 +215,12 @@ int main(int argc, char** argv) {
     // whatever repetitions the command line asks for, so that their medians come from samples
     // spread over the whole run.
     constexpr int kRepetitions = 11;
-    for (auto* run : {benchmark::RegisterBenchmark("read/SAXToNodeParser", readerTree),
-                      benchmark::RegisterBenchmark("read/bare SAX2 scan", bareSax2, true),
-                      benchmark::RegisterBenchmark("read/bare SAX2 scan, schema off", bareSax2,
-                                                   false),
-                      benchmark::RegisterBenchmark("read/XercesDOMParser", xercesDom),
-                      benchmark::RegisterBenchmark("read/pugixml", pugixmlLoad)}) {
+    for (auto* run :
+         {benchmark::RegisterBenchmark("read/SAXToNodeParser", readerTree),
+          benchmark::RegisterBenchmark("read/bare SAX2 scan", bareSax2, true),
+          benchmark::RegisterBenchmark("read/bare SAX2 scan, schema off", bareSax2, false),
+          benchmark::RegisterBenchmark("read/XercesDOMParser", xercesDom),
+          benchmark::RegisterBenchmark("read/pugixml", pugixmlLoad)}) {
         run->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
     }
     cvsoa::bench::RatioReporter reporter;
