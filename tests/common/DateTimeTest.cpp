@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ProcessWide.hpp"
+
 #include <climits>
 #include <string>
 
@@ -134,6 +136,7 @@ TEST(DateTimeFormat, AppendToAddsTheWireTextAfterWhatIsThere) {
 
 TEST(DateTimeAllocation, HeapValuesAreAccountedUnderTheirName) {
     using Corvane::Soa::Common::MemoryManager;
+    REQUIRE_NO_GLOBAL_MANAGER();
     ASSERT_TRUE(MemoryManager::initializeMemoryManager(nullptr, true));
     auto* d = new DateTime(2016, 12, 5, 14, 3, 9);
     const auto& table = MemoryManager::getMemoryManager()->getObjectTable();

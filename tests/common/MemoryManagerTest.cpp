@@ -5,7 +5,9 @@
 #include <corvane/soa/common/xml/BaseObject.hpp>
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
+#include "ProcessWide.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -160,11 +162,6 @@ TEST(MemoryManager, WithoutTrackingKeepsNoFiguresAndWritesNoReport) {
 }
 
 // The tests below install the process-wide manager; ctest runs each in a process of its own.
-#define REQUIRE_NO_GLOBAL_MANAGER()                                              \
-    if (MemoryManager::getMemoryManager() != nullptr) {                          \
-        GTEST_SKIP() << "a memory manager is already installed in this process"; \
-    }
-
 TEST(MemoryManagerGlobal, SecondInitializationChangesNothing) {
     REQUIRE_NO_GLOBAL_MANAGER();
     static RecordingAllocator allocator;  // outlives the manager, which is never destroyed

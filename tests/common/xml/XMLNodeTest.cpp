@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ProcessWide.hpp"
+
 #include <cstddef>
 #include <sstream>
 #include <string>
@@ -193,6 +195,7 @@ TEST(XMLNodeTest, DeletingACallersNodeLeavesAParsedTreeToItsParser) {
 // Under a memory manager every node, parsed or the caller's, is accounted under its tag, and
 // the accounting comes back to the tree that is left.
 TEST(XMLNodeTest, NodesOfMixedTreesAreAccounted) {
+    REQUIRE_NO_GLOBAL_MANAGER();
     ASSERT_TRUE(MemoryManager::initializeMemoryManager(nullptr, true));
     const MemoryManager& manager = *MemoryManager::getMemoryManager();
     auto countNodes = [&manager] {
