@@ -16,7 +16,8 @@ class ProcessDefaults : public ::testing::EmptyTestEventListener {
     }
 };
 
-const bool kInstalled = [] {
+// Registered before main: the test main of the library gives no later hook.
+const bool kInstalled = [] {  // NOLINT(cert-err58-cpp)
     ::testing::UnitTest::GetInstance()->listeners().Append(new ProcessDefaults);
     return true;
 }();

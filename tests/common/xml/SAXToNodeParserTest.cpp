@@ -168,7 +168,7 @@ TEST(SAXToNodeParserTest, SubstitutionByteBecomesQuestionMarkOnRequest) {
 
 TEST(SAXToNodeParserTest, TextEndsAtTheFirstZeroByte) {
     SAXToNodeParser parser;
-    XMLNode* root = parser.parseString(std::string("<r>x</r>\0<not parsed", 21));
+    XMLNode* root = parser.parseString(std::string("<r>x</r>\0<not parsed", 20));
     EXPECT_EQ(root->getText(), "x");
 }
 
@@ -457,9 +457,10 @@ TEST(SAXToNodeParserTest, LargeDocumentsBuildTheSameTreeInEveryPart) {
         "<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:p='urn:p'>head";
     for (int i = 0; i < kItems; ++i) {
         const std::string n = std::to_string(i);
-        xml += "\n  <item id='" + n + "' p:note='n\xc3\xa9" + n + "' xsi:type='p:T" + n +
-               "'>before<v>" + std::string(static_cast<std::size_t>(i % 50), 'x') + n +
-               "</v>\xe6\x9d\xb1<w/>after" + n + "</item>";
+        xml.append("\n  <item id='").append(n).append("' p:note='n\xc3\xa9").append(n);
+        xml.append("' xsi:type='p:T").append(n).append("'>before<v>");
+        xml.append(static_cast<std::size_t>(i % 50), 'x').append(n);
+        xml.append("</v>\xe6\x9d\xb1<w/>after").append(n).append("</item>");
     }
     xml += "\ntail</r>";
 
