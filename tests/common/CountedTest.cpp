@@ -41,9 +41,10 @@ TEST(Counted, LastHolderDeletesThroughTheVirtualDestructor) {
 
 TEST(Counted, CopyKeepsTheSourceCountAndAssignmentOverwrites) {
     AutoPtr<Resource> holder(new Resource);
-    AutoPtr<Resource> second(holder);
+    AutoPtr<Resource> second(holder);  // NOLINT(performance-unnecessary-copy-initialization)
 
-    const Counted copy(*holder);
+    // The base part alone is copied, as a copy constructor of a derived class would.
+    const Counted copy(*holder);  // NOLINT(cppcoreguidelines-slicing)
     EXPECT_EQ(copy.getCount(), 2);
 
     Resource target;
@@ -56,6 +57,7 @@ TEST(Counted, HoldersOnSeveralThreadsKeepAnExactCount) {
     int destroyed = 0;
     AutoPtr<Resource> holder(new Resource(&destroyed));
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([holder] {
             for (int i = 0; i < 20000; ++i) {

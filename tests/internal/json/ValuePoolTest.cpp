@@ -19,6 +19,7 @@
 #include <sanitizer/asan_interface.h>
 #endif
 
+#include <cstddef>
 #include <string>
 #include <thread>
 #include <vector>
@@ -85,17 +86,19 @@ TEST(ValuePool, ValuesMadeOnOneThreadAreReleasedOnAnother) {
     }
     // One round holds over 1 MB of values; 27 more rounds that reused nothing would hold 27 times
     // as much.
-    EXPECT_LT(heapInUse(), afterWarmUp + 2 * 1000 * 1000);
+    EXPECT_LT(heapInUse(), afterWarmUp + std::size_t{2} * 1000 * 1000);
 }
 
 TEST(ValuePool, ThreadsReleasingEachOthersValuesAtOnce) {
     constexpr int kThreads = 4;
     std::vector<std::vector<AutoPtr<Value>>> made;
+    made.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
         made.push_back(makeValues(5000));
     }
     // Each thread releases another thread's share while making and checking values of its own.
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     std::vector<int> faults(kThreads, 0);
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&made, &faults, t] {
