@@ -53,8 +53,8 @@ TEST(AutoPtr, EachHolderCountsOnceAndTheLastDestroys) {
             assigned = first;
             EXPECT_EQ(node->askRefCount(), 3);
             AutoPtr<Node> moved(std::move(copy));  // moving passes a share on uncounted
-            EXPECT_TRUE(
-                copy.isNull());  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
+            // NOLINTNEXTLINE(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
+            EXPECT_TRUE(copy.isNull());
             EXPECT_EQ(node->askRefCount(), 3);
         }
         EXPECT_EQ(node->askRefCount(), 1);

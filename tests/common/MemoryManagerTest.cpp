@@ -5,8 +5,8 @@
 #include <corvane/soa/common/xml/BaseObject.hpp>
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
+
 #include "ProcessWide.hpp"
 
 #include <algorithm>
