@@ -1,6 +1,6 @@
 #include <corvane/soa/common/DateTime.hpp>
-#include <corvane/soa/internal/common/LocalZone.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
+#include "internal/common/LocalZone.hpp"
 
 #include <climits>
 #include <cstring>

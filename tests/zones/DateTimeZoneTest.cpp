@@ -4,7 +4,7 @@
 // Sunday of October).
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
-#include <corvane/soa/internal/common/LocalZone.hpp>
+#include "internal/common/LocalZone.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <corvane/soa/internal/common/LocalZone.hpp>
+#include "internal/common/LocalZone.hpp"
 
 #include <cstdint>
 #include <cstdio>

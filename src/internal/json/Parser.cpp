@@ -15,7 +15,7 @@
 
 // Declares Corvane::Soa::Internal::Common, which hides Corvane::Soa::Common in this namespace
 // from here on: the names of the latter are spelled in full below.
-#include <corvane/soa/internal/common/LocalZone.hpp>
+#include "internal/common/LocalZone.hpp"
 
 #include <algorithm>
 #include <cerrno>

@@ -43,13 +43,14 @@ public:
     // Slot 5.
     virtual void writeJSON(JsonStream* stream) const;
     // Slots 6 and 7.
-    virtual void parseJSON(const std::string& name, AutoPtr<Internal::Json::JSONObject> object);
-    virtual void parseJSON(AutoPtr<Internal::Json::JSONObject> object);
+    virtual void parseJSON(const std::string& name,
+                           AutoPtr<::Corvane::Soa::Internal::Json::JSONObject> object);
+    virtual void parseJSON(AutoPtr<::Corvane::Soa::Internal::Json::JSONObject> object);
     // Slots 8 to 14: the map-entry protocol.
-    virtual void parseSimpleJSONMapEntry(const std::string& key,
-                                         AutoPtr<Internal::Json::JSONObject> object);
-    virtual void parseComplexJSONMapKey(AutoPtr<Internal::Json::Value> key);
-    virtual void parseComplexJSONMapValue(AutoPtr<Internal::Json::Value> value);
+    virtual void parseSimpleJSONMapEntry(
+        const std::string& key, AutoPtr<::Corvane::Soa::Internal::Json::JSONObject> object);
+    virtual void parseComplexJSONMapKey(AutoPtr<::Corvane::Soa::Internal::Json::Value> key);
+    virtual void parseComplexJSONMapValue(AutoPtr<::Corvane::Soa::Internal::Json::Value> value);
     virtual bool isJsonMapEntry() const;
     virtual bool isJsonMapKeyReferenceType() const;
     virtual void writeJSONKey(JsonStream* stream) const;

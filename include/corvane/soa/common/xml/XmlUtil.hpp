@@ -32,9 +32,9 @@ public:
     /// read. The target is released afterwards. Parse failures throw `DomException`.
     static std::string parse(const std::string& text, AutoPtr<BaseObject> target);
 
-    /// Reads JSON text into a tree (see `Internal::Json::Parser`); the root object, or null when
-    /// the root is an array. Throws `ParsingException` on malformed text.
-    static AutoPtr<Internal::Json::JSONObject> parseJSON(const std::string& text);
+    /// Reads JSON text into a tree (see `::Corvane::Soa::Internal::Json::Parser`); the root object,
+    /// or null when the root is an array. Throws `ParsingException` on malformed text.
+    static AutoPtr<::Corvane::Soa::Internal::Json::JSONObject> parseJSON(const std::string& text);
     /// As above, but hands over the first element (in document order, the root included)
     /// whose local name is `element`. The word "body" names the envelope's body element, a
     /// child of the root called "body": when it holds a "bodystring" element with text, that

@@ -15,7 +15,7 @@ public:
     ~ConnectionException() override;
 
 protected:
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 };
 
 }  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions

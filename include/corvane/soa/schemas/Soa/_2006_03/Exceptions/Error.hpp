@@ -11,7 +11,7 @@ namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
 inline constexpr const char* kNamespaceUri = "http://corvane.com/Schemas/Soa/2006-03/Exceptions";
 
 /// One error reported by the server: a message with an integer code and an integer level.
-class CORVANE_SOA_API Error : public Corvane::Soa::Common::Xml::BaseObject {
+class CORVANE_SOA_API Error : public ::Corvane::Soa::Common::Xml::BaseObject {
 public:
     Error();
     Error(std::string message, int code, int level);
@@ -29,7 +29,7 @@ public:
     void getNamespaces(std::set<std::string>& namespaces) const override;
 
 protected:
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 
 private:
     std::string m_message;

@@ -21,7 +21,7 @@ public:
     }
 
 protected:
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 };
 
 }  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions

@@ -18,7 +18,7 @@ public:
     const std::string& getCvResponse() const noexcept { return m_response; }
 
 protected:
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 
 private:
     std::string m_response;

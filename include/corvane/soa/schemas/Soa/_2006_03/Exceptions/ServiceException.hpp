@@ -20,7 +20,7 @@ public:
     void setClientId(const std::string& clientId) { m_clientId = clientId; }
 
 protected:
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 
 private:
     std::string m_uid;

@@ -13,14 +13,14 @@ namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
 
 /// Base of the service exceptions: one or more errors, kept in the order they were added.
 /// `getMessage()`, `getCode()`, `getLevel()` and `what()` answer for the first error.
-class CORVANE_SOA_API SoaException : public Corvane::Soa::Common::Xml::BaseObject,
+class CORVANE_SOA_API SoaException : public ::Corvane::Soa::Common::Xml::BaseObject,
                                      public std::exception {
 public:
     SoaException(const SoaException& other);
     SoaException& operator=(const SoaException& other);
     ~SoaException() override;
 
-    const std::vector<Corvane::Soa::Common::AutoPtr<Error>>& getErrors() const noexcept {
+    const std::vector<::Corvane::Soa::Common::AutoPtr<Error>>& getErrors() const noexcept {
         return m_errors;
     }
     /// Appends an error after those already carried.
@@ -37,10 +37,10 @@ protected:
     explicit SoaException(const char* typeName);
     SoaException(const char* typeName, const std::string& message, int code, int level);
 
-    Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
+    ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
 
 private:
-    std::vector<Corvane::Soa::Common::AutoPtr<Error>> m_errors;
+    std::vector<::Corvane::Soa::Common::AutoPtr<Error>> m_errors;
 };
 
 }  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions

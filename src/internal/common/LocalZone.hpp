@@ -9,6 +9,7 @@ namespace Corvane::Soa::Internal::Common {
 
 /// The process's local time zone, as dates need it: the standard and daylight offsets taken once
 /// per process, their wire texts, and whether a local wall-clock time falls in daylight saving.
+/// Private to the library; exported only so that the zone tests can compare it with `mktime`.
 ///
 /// The daylight decision answers exactly what `mktime` of the fields (read as standard time)
 /// followed by `localtime` would, but from a per-year table of the zone's transitions, built

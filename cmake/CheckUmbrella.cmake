@@ -1,0 +1,17 @@
+# Run as a test: cmake -DINCLUDE_DIR=<dir> -DUMBRELLA=<header> -P CheckUmbrella.cmake
+# Fails, naming them, when headers under INCLUDE_DIR are not included by the umbrella header.
+file(READ ${INCLUDE_DIR}/${UMBRELLA} umbrella)
+file(GLOB_RECURSE headers RELATIVE ${INCLUDE_DIR} ${INCLUDE_DIR}/*.hpp)
+set(missing "")
+foreach(header IN LISTS headers)
+  if(NOT header STREQUAL UMBRELLA)
+    string(FIND "${umbrella}" "#include <${header}>" at)
+    if(at EQUAL -1)
+      list(APPEND missing ${header})
+    endif()
+  endif()
+endforeach()
+if(missing)
+  list(JOIN missing "\n  " text)
+  message(FATAL_ERROR "${UMBRELLA} does not include:\n  ${text}\nAdd them to it.")
+endif()
