@@ -5,6 +5,7 @@
 
 #include <corvane/soa/common/AccountedAllocation.hpp>
 #include <corvane/soa/common/AutoPtr.hpp>
+#include <corvane/soa/common/BaseCode.hpp>
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
 #include <corvane/soa/common/MemObjectInfo.hpp>
@@ -12,6 +13,7 @@
 #include <corvane/soa/common/MemoryInfo.hpp>
 #include <corvane/soa/common/MemoryManager.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
+#include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
@@ -24,6 +26,8 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/common/AuthUtils.hpp>
+#include <corvane/soa/internal/common/LocaleMessageHandler.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
