@@ -195,8 +195,7 @@ std::unique_ptr<Soa::SoaException> makeException(const ErrorOptions& o) {
         return std::make_unique<Soa::InvalidCredentialsException>(o.message, o.code, o.level);
     }
     if (o.type == "InvalidUserException") {
-        return std::make_unique<Soa::InvalidUserException>(o.code, o.level, o.message,
-                                                           o.response);
+        return std::make_unique<Soa::InvalidUserException>(o.code, o.level, o.message, o.response);
     }
     if (o.type == "ProtocolException") {
         return std::make_unique<Soa::ProtocolException>(o.message, o.code, o.level);
@@ -222,7 +221,8 @@ std::unique_ptr<Soa::SoaException> makeException(const ErrorOptions& o) {
 void run(const ErrorOptions& options, const CLI::App& command) {
     const bool writing = command.count("--write") != 0;
     if (writing == (command.count("file") != 0)) {
-        fail(2, "give either a reply document (FILE or -) or --write TYPE (see cvsoa error --help)");
+        fail(2,
+             "give either a reply document (FILE or -) or --write TYPE (see cvsoa error --help)");
     }
     if (writing && command.count("--message") == 0) {
         fail(2, "--write needs --message (see cvsoa error --help)");

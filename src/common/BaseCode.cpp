@@ -13,8 +13,8 @@ std::string BaseCode::getTextWithSubstitutions(const std::string& text,
     std::string result = text;
     for (std::size_t i = 1; i <= values.size(); ++i) {
         const std::string& value = values[i - 1];
-        result = StringUtils::replace(result, "%" + std::to_string(i),
-                                      value.empty() ? "null" : value);
+        result =
+            StringUtils::replace(result, "%" + std::to_string(i), value.empty() ? "null" : value);
     }
     return result;
 }

@@ -142,7 +142,15 @@ void dispatchLegacyResponse(const XMLNode& root) {
 }
 
 // The six kinds, and any other exception.
-enum class Kind { InvalidCredentials, InvalidUser, Protocol, Connection, InternalServer, Service, Other };
+enum class Kind {
+    InvalidCredentials,
+    InvalidUser,
+    Protocol,
+    Connection,
+    InternalServer,
+    Service,
+    Other
+};
 
 Kind kindOf(const SoaException& e) {
     if (dynamic_cast<const InvalidCredentialsException*>(&e) != nullptr) {
@@ -166,15 +174,47 @@ Kind kindOf(const SoaException& e) {
     return Kind::Other;
 }
 
-void writeInteger(std::ostream& out, const char* opener, const char* closer, int value) {
-    out << opener << lexical_cast<std::string>(value) << closer;
-}
+// Collects the document in a buffer and hands the stream large pieces: a stream written one
+// token at a time costs several times as much.
+class Sink {
+public:
+    explicit Sink(std::ostream& out) : m_out(out) {}
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+    ~Sink() = default;
 
-void writeMessage(std::ostream& out, const std::string& message, int code, int level) {
-    out << kMessageOpener;
-    writeInteger(out, kCodeOpener, "\"", code);
-    writeInteger(out, kLevelOpener, "\">", level);
-    out << toXmlString(message) << kMessageCloser;
+    Sink& operator<<(const char* text) { return append(text); }
+    Sink& operator<<(const std::string& text) { return append(text); }
+    Sink& operator<<(char c) {
+        m_buffer += c;
+        return *this;
+    }
+    Sink& operator<<(int value) { return append(lexical_cast<std::string>(value)); }
+
+    void flush() {
+        m_out.write(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
+        m_buffer.clear();
+    }
+
+private:
+    static constexpr std::size_t kChunk = std::size_t{64} * 1024;
+
+    template <class Text>
+    Sink& append(const Text& text) {
+        m_buffer += text;
+        if (m_buffer.size() >= kChunk) {
+            flush();
+        }
+        return *this;
+    }
+
+    std::ostream& m_out;
+    std::string m_buffer;
+};
+
+void writeMessage(Sink& out, const std::string& message, int code, int level) {
+    out << kMessageOpener << kCodeOpener << code << '"' << kLevelOpener << level << "\">"
+        << toXmlString(message) << kMessageCloser;
 }
 
 }  // namespace
@@ -263,44 +303,44 @@ void ExceptionMapper::writeSoaException(const std::string& nameSpace, SoaExcepti
     }
     const std::string element = nameSpace.empty() ? std::string(name) : "ns0:" + std::string(name);
 
-    out << kDeclaration << '<' << element;
+    Sink document(out);
+    document << kDeclaration << '<' << element;
     if (!nameSpace.empty()) {
-        out << " xmlns:ns0=\"" << toXmlString(nameSpace) << '"';
+        document << " xmlns:ns0=\"" << toXmlString(nameSpace) << '"';
     }
-    out << kSchemaPrefixes;
+    document << kSchemaPrefixes;
     if (kind == Kind::Service) {
         const auto& service = dynamic_cast<const ServiceException&>(e);
         if (!service.getUid().empty()) {
-            out << kUidOpener << toXmlString(service.getUid()) << '"';
+            document << kUidOpener << toXmlString(service.getUid()) << '"';
         }
         if (!service.getClientId().empty()) {
-            out << kClientIdOpener << toXmlString(service.getClientId()) << '"';
+            document << kClientIdOpener << toXmlString(service.getClientId()) << '"';
         }
     }
-    out << ">\n";
+    document << ">\n";
 
     if (kind == Kind::InvalidUser) {
-        writeInteger(out, kCodeElementOpener, "</code>\n", e.getCode());
-        writeInteger(out, kLevelElementOpener, "</level>\n", e.getLevel());
-        out << kMessageOpener << '>' << toXmlString(e.getMessage()) << kMessageCloser;
-        out << kResponseOpener
-            << toXmlString(dynamic_cast<const InvalidUserException&>(e).getCvResponse())
-            << kResponseCloser;
+        document << kCodeElementOpener << e.getCode() << "</code>\n";
+        document << kLevelElementOpener << e.getLevel() << "</level>\n";
+        document << kMessageOpener << '>' << toXmlString(e.getMessage()) << kMessageCloser;
+        document << kResponseOpener
+                 << toXmlString(dynamic_cast<const InvalidUserException&>(e).getCvResponse())
+                 << kResponseCloser;
     } else {
-        const bool firstOnly = kind == Kind::InvalidCredentials || kind == Kind::Protocol ||
-                               kind == Kind::Connection;
+        const bool firstOnly =
+            kind == Kind::InvalidCredentials || kind == Kind::Protocol || kind == Kind::Connection;
         for (const auto& error : e.getErrors()) {
-            writeMessage(out, error->getMessage(), error->getCode(), error->getLevel());
+            writeMessage(document, error->getMessage(), error->getCode(), error->getLevel());
             if (firstOnly) {
                 break;
             }
         }
     }
-    out << "</" << element << ">\n";
+    document << "</" << element << ">\n";
+    document.flush();
 }
 
-std::string ExceptionMapper::getTargetNameSpace(const SoaException& e) {
-    return e.getNamespace();
-}
+std::string ExceptionMapper::getTargetNameSpace(const SoaException& e) { return e.getNamespace(); }
 
 }  // namespace Corvane::Soa::Common::Exceptions

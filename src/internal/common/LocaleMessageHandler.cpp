@@ -23,9 +23,8 @@ std::string LocaleMessageHandler::getMessage(int code, const std::vector<std::st
         return text;
     }
     for (std::size_t i = 1; i <= parameters.size(); ++i) {
-        const std::string token = i < sizeof kPercentAndFollowing
-                                      ? std::string(&kPercentAndFollowing[i])
-                                      : std::string();
+        const std::string token =
+            i < sizeof kPercentAndFollowing ? std::string(&kPercentAndFollowing[i]) : std::string();
         const std::string& value = parameters[i - 1];
         text = ::Corvane::Soa::Common::StringUtils::replace(text, token,
                                                             value.empty() ? "null" : value);

@@ -48,7 +48,7 @@ std::string dispatch(const std::string& xml) {
     return outcome([&] { ExceptionMapper::parseExceptionString(xml); });
 }
 
-const std::string kNs = R"( xmlns:e="http://corvane.com/Schemas/Soa/2006-03/Exceptions")";
+constexpr const char* kNs = R"( xmlns:e="http://corvane.com/Schemas/Soa/2006-03/Exceptions")";
 
 TEST(ExceptionMapper, DispatchesEachDocumentKind) {
     const struct {
@@ -59,7 +59,7 @@ TEST(ExceptionMapper, DispatchesEachDocumentKind) {
          "InvalidUserException|who?,12,3|response=<x/>"},
         {"<InvalidUserException><c>12</c></InvalidUserException>",
          "InvalidUserException|,12,0|response="},
-        {"<e:InvalidCredentialsException" + kNs +
+        {std::string("<e:InvalidCredentialsException") + kNs +
              "><m code='7' level='2'>bad password</m><m code='8'>ignored</m>"
              "</e:InvalidCredentialsException>",
          "InvalidCredentialsException|bad password,7,2"},
