@@ -8,6 +8,7 @@
 #include <corvane/soa/Export.hpp>
 #include <corvane/soa/common/AccountedAllocation.hpp>
 #include <corvane/soa/common/AutoPtr.hpp>
+#include <corvane/soa/common/BaseCode.hpp>
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
@@ -18,6 +19,7 @@
 #include <corvane/soa/common/StringUtils.hpp>
 #include <corvane/soa/common/Version.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
+#include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
@@ -30,6 +32,8 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/common/AuthUtils.hpp>
+#include <corvane/soa/internal/common/LocaleMessageHandler.hpp>
 #include <corvane/soa/internal/json/BooleanValue.hpp>
 #include <corvane/soa/internal/json/DateValue.hpp>
 #include <corvane/soa/internal/json/DoubleValue.hpp>
