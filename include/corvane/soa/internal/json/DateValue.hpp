@@ -14,14 +14,14 @@ class Parser;
 /// text, made once when the value is built, and prints that text.
 class CORVANE_SOA_API DateValue : public Value {
 public:
-    explicit DateValue(const Common::DateTime& value);
+    explicit DateValue(const ::Corvane::Soa::Common::DateTime& value);
     ~DateValue() override;
 
     bool isEmpty() const override { return false; }
     std::size_t size() const override { return 1; }
     ValueType getType() const override { return DATE; }
 
-    const Common::DateTime& getValue() const noexcept { return m_value; }
+    const ::Corvane::Soa::Common::DateTime& getValue() const noexcept { return m_value; }
     /// The wire text of the date.
     const std::string& getText() const noexcept { return m_text; }
 
@@ -32,9 +32,9 @@ private:
     friend class Parser;
 
     /// `text` must be the wire text of `value`.
-    DateValue(const Common::DateTime& value, std::string text);
+    DateValue(const ::Corvane::Soa::Common::DateTime& value, std::string text);
 
-    Common::DateTime m_value;
+    ::Corvane::Soa::Common::DateTime m_value;
     std::string m_text;
 };
 

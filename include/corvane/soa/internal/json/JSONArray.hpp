@@ -29,12 +29,12 @@ public:
     ValueType getType() const override { return ARRAY; }
 
     void add(bool value);
-    void add(const Common::DateTime& value);
+    void add(const ::Corvane::Soa::Common::DateTime& value);
     void add(double value);
     void add(int value);
-    void add(Common::AutoPtr<JSONArray> value);
-    void add(Common::AutoPtr<JSONObject> value);
-    void add(Common::AutoPtr<NullValue> value);
+    void add(::Corvane::Soa::Common::AutoPtr<JSONArray> value);
+    void add(::Corvane::Soa::Common::AutoPtr<JSONObject> value);
+    void add(::Corvane::Soa::Common::AutoPtr<NullValue> value);
     void add(const std::string& value);
     void add(const char* value);
     /// A container given as a raw pointer would otherwise be taken for a bool: wrap it in an
@@ -45,14 +45,14 @@ public:
     /// The kind recorded for the element (no range check beyond the vector's own).
     ValueType getValueType(std::size_t index) const;
     bool isNull(std::size_t index) const;
-    Common::AutoPtr<Value> getValue(std::size_t index) const;
+    ::Corvane::Soa::Common::AutoPtr<Value> getValue(std::size_t index) const;
 
     bool getBoolean(std::size_t index) const;
-    Common::DateTime getDate(std::size_t index) const;
+    ::Corvane::Soa::Common::DateTime getDate(std::size_t index) const;
     double getDouble(std::size_t index) const;
     int getInteger(std::size_t index) const;
-    Common::AutoPtr<JSONArray> getJSONArray(std::size_t index) const;
-    Common::AutoPtr<JSONObject> getJSONObject(std::size_t index) const;
+    ::Corvane::Soa::Common::AutoPtr<JSONArray> getJSONArray(std::size_t index) const;
+    ::Corvane::Soa::Common::AutoPtr<JSONObject> getJSONObject(std::size_t index) const;
     const std::string& getString(std::size_t index) const;
 
     /// Prints the array as indented JSON text at level 0.
@@ -67,11 +67,11 @@ private:
 
     // An element with the kind recorded for it.
     struct Element {
-        Common::AutoPtr<Value> value;
+        ::Corvane::Soa::Common::AutoPtr<Value> value;
         ValueType kind;
     };
 
-    void append(ValueType kind, Common::AutoPtr<Value> value);
+    void append(ValueType kind, ::Corvane::Soa::Common::AutoPtr<Value> value);
     void checkIndex(std::size_t index) const;
 
     std::vector<Element, ValueAllocator<Element>> m_elements;

@@ -23,7 +23,7 @@ class Parser;
 /// member of another kind ("This elment is NULL." for a null member).
 class CORVANE_SOA_API JSONObject : public Value {
 public:
-    using Member = std::pair<std::string, Common::AutoPtr<Value>>;
+    using Member = std::pair<std::string, ::Corvane::Soa::Common::AutoPtr<Value>>;
     /// The member storage comes from the values' pool, as the values themselves.
     using Members = std::vector<Member, ValueAllocator<Member>>;
 
@@ -37,12 +37,12 @@ public:
 
     /// Stores the value under the key, replacing (and releasing) any value already there.
     void accumulate(const std::string& key, bool value);
-    void accumulate(const std::string& key, const Common::DateTime& value);
+    void accumulate(const std::string& key, const ::Corvane::Soa::Common::DateTime& value);
     void accumulate(const std::string& key, double value);
     void accumulate(const std::string& key, int value);
-    void accumulate(const std::string& key, Common::AutoPtr<JSONArray> value);
-    void accumulate(const std::string& key, Common::AutoPtr<JSONObject> value);
-    void accumulate(const std::string& key, Common::AutoPtr<NullValue> value);
+    void accumulate(const std::string& key, ::Corvane::Soa::Common::AutoPtr<JSONArray> value);
+    void accumulate(const std::string& key, ::Corvane::Soa::Common::AutoPtr<JSONObject> value);
+    void accumulate(const std::string& key, ::Corvane::Soa::Common::AutoPtr<NullValue> value);
     void accumulate(const std::string& key, const std::string& value);
     void accumulate(const std::string& key, const char* value);
     /// A container given as a raw pointer would otherwise be taken for a bool: wrap it in an
@@ -58,16 +58,16 @@ public:
 
     bool getBoolean(const std::string& key) const;
     /// A date member, or a string member read as a wire-form date.
-    Common::DateTime getDate(const std::string& key) const;
+    ::Corvane::Soa::Common::DateTime getDate(const std::string& key) const;
     /// A double member, or an integer member widened.
     double getDouble(const std::string& key) const;
     int getInteger(const std::string& key) const;
-    Common::AutoPtr<JSONArray> getJSONArray(const std::string& key) const;
-    Common::AutoPtr<JSONObject> getJSONObject(const std::string& key) const;
+    ::Corvane::Soa::Common::AutoPtr<JSONArray> getJSONArray(const std::string& key) const;
+    ::Corvane::Soa::Common::AutoPtr<JSONObject> getJSONObject(const std::string& key) const;
     /// A string member, or a date member's wire text.
     const std::string& getString(const std::string& key) const;
     /// The stored value itself, whatever its kind.
-    Common::AutoPtr<Value> getValue(const std::string& key) const;
+    ::Corvane::Soa::Common::AutoPtr<Value> getValue(const std::string& key) const;
 
     /// The key text itself converted, for maps whose keys are written as text.
     std::string getKeyAsString(const std::string& key) const;
@@ -87,7 +87,7 @@ private:
     friend class Parser;
     friend class Value;
 
-    void put(const std::string& key, Common::AutoPtr<Value> value);
+    void put(const std::string& key, ::Corvane::Soa::Common::AutoPtr<Value> value);
     const Value& find(const std::string& key) const;
 
     Members m_members;  // sorted by key

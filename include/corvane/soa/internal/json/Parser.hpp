@@ -28,7 +28,7 @@ public:
     Parser& operator=(const Parser&) = delete;
     ~Parser();
 
-    Common::AutoPtr<Value> parse(const std::string& text);
+    ::Corvane::Soa::Common::AutoPtr<Value> parse(const std::string& text);
 
     /// The deepest nesting of objects and arrays that is accepted.
     static constexpr int kMaxDepth = 1024;
@@ -37,7 +37,7 @@ private:
     class Reader;
 
     // Turns the UTF-8 text of strings into the local code page (a copy when that is UTF-8).
-    std::unique_ptr<Common::Xml::Utf8String> m_transcoder;
+    std::unique_ptr<::Corvane::Soa::Common::Xml::Utf8String> m_transcoder;
 };
 
 }  // namespace Corvane::Soa::Internal::Json
