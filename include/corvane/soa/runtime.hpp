@@ -24,6 +24,10 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/common/LogCorrelation.hpp>
+#include <corvane/soa/internal/common/Monitor.hpp>
+#include <corvane/soa/internal/common/ScopedMonitor.hpp>
+#include <corvane/soa/internal/common/ThreadProvider.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
