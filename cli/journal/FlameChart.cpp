@@ -180,10 +180,8 @@ void FlameChart::writeSvg(std::ostream& out) const {
            ".unfinished rect{stroke:#b00;stroke-dasharray:3,2}.axis{stroke:#ccc}"
            "text{pointer-events:none}</style>\n"
         << "<text x=\"" << kMargin << "\" y=\"16\" font-size=\"13\">"
-        << xml(JournalText::printable("Performance journal, SOA-CPP " + journal.label + " on " +
-                                      journal.system + " " + journal.release + ", started " +
-                                      journal.started) +
-               ": " + std::to_string(journal.spans.size()) + " calls in " + shortMs(totalMs) +
+        << xml("Performance journal, " + journal.origin() + ": " +
+               std::to_string(journal.spans.size()) + " calls in " + shortMs(totalMs) +
                (m_leftOut > 0 ? " (" + std::to_string(m_leftOut) + " deepest not drawn)" : ""))
         << "</text>\n";
     if (totalMs > 0) {

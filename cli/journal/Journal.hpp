@@ -47,6 +47,9 @@ struct Journal {
     /// What was cut short, unmatched or left out, each naming its line.
     std::vector<std::string> warnings;
 
+    /// "SOA-CPP <label> on <system> <release>, started <date>", of what the header gives.
+    std::string origin() const;
+
     double milliseconds(double ticks) const {
         return ticks * 1000.0 / static_cast<double>(frequency);
     }

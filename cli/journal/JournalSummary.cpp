@@ -45,10 +45,7 @@ JournalSummary::JournalSummary(const Journal& journal) : m_journal(journal) {
 
 void JournalSummary::writeTable(std::ostream& out) const {
     const Journal& journal = m_journal;
-    out << "SOA-CPP " << JournalText::printable(journal.label) << " on "
-        << JournalText::printable(journal.system) << ' ' << JournalText::printable(journal.release)
-        << ", started " << JournalText::printable(journal.started) << ": " << journal.spans.size()
-        << " calls";
+    out << journal.origin() << ": " << journal.spans.size() << " calls";
     if (journal.usesThreads) {
         out << " on " << journal.threads.size()
             << (journal.threads.size() == 1 ? " thread" : " threads");

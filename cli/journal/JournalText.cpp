@@ -1,5 +1,7 @@
 #include "JournalText.hpp"
 
+#include "Journal.hpp"
+
 #include <array>
 #include <cstdio>
 
@@ -104,6 +106,20 @@ std::string JournalText::fixed(double value, int decimals) {
         return text.data();
     }
     return std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+std::string Journal::origin() const {
+    std::string text = "SOA-CPP";
+    if (!label.empty()) {
+        text += " " + label;
+    }
+    if (!system.empty() || !release.empty()) {
+        text += " on " + system + (system.empty() || release.empty() ? "" : " ") + release;
+    }
+    if (!started.empty()) {
+        text += ", started " + started;
+    }
+    return JournalText::printable(text);
 }
 
 }  // namespace cvsoa::journal
