@@ -186,7 +186,8 @@ void FlameChart::writeSvg(std::ostream& out) const {
         << "</text>\n";
     if (totalMs > 0) {
         const double step = axisStep(totalMs);
-        for (double ms = 0; ms <= totalMs * (1 + 1e-9); ms += step) {
+        for (int mark = 0; mark * step <= totalMs * (1 + 1e-9); ++mark) {
+            const double ms = mark * step;
             const std::string x = px(kMargin + ms / totalMs * m_width);
             out << "<line class=\"axis\" x1=\"" << x << "\" y1=\"34\" x2=\"" << x << "\" y2=\""
                 << px(height - kMargin) << "\"/><text x=\"" << x << "\" y=\"30\">"

@@ -65,7 +65,7 @@ std::string JournalText::printable(std::string_view text) {
 }
 
 std::string JournalText::shortened(std::string_view text, std::size_t limit) {
-    const std::string shown = printable(text);
+    std::string shown = printable(text);
     const std::size_t kept = limit > 3 ? limit - 3 : 0;
     std::size_t characters = 0;
     std::size_t cut = shown.size();

@@ -67,6 +67,7 @@ long recordForAWhile(int threads, int milliseconds) {
     std::atomic<long> records{0};
     const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     std::vector<std::thread> running;
+    running.reserve(static_cast<std::size_t>(threads));
     for (int t = 0; t < threads; ++t) {
         running.emplace_back([&records, until] {
             long made = 0;

@@ -90,7 +90,9 @@ std::atomic<ThreadProvider*> Monitor::threadProvider{nullptr};
 
 ThreadProvider::~ThreadProvider() = default;
 
-Monitor::Monitor() {
+// Made while the library loads, where nothing could catch: a journal that cannot start (no
+// memory for its header) stays off.
+Monitor::Monitor() noexcept try {
     const char* only = std::getenv("CV_JOURNAL_PERFORMANCE_ONLY");
     if (!isSet(only)) {
         return;
@@ -101,6 +103,8 @@ Monitor::Monitor() {
         m_singleThread = std::strcmp(only, "TRUE") == 0 || std::strcmp(only, "true") == 0;
     }
     switchOn();
+} catch (...) {
+    switchOff();
 }
 
 Monitor::~Monitor() {

@@ -102,7 +102,7 @@ public:
 private:
     enum class Record { Enter, Exit, CommandStart, CommandEnd };
 
-    Monitor();
+    Monitor() noexcept;
 
     void add(Record kind, const ::std::string& name);
     void switchOn();
