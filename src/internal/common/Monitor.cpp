@@ -92,7 +92,7 @@ ThreadProvider::~ThreadProvider() = default;
 
 // Made while the library loads, where nothing could catch: a journal that cannot start (no
 // memory for its header) stays off.
-Monitor::Monitor() noexcept try {
+Monitor::Monitor() noexcept {
     const char* only = std::getenv("CV_JOURNAL_PERFORMANCE_ONLY");
     if (!isSet(only)) {
         return;
@@ -102,9 +102,11 @@ Monitor::Monitor() noexcept try {
     if (std::getenv("CV_JOURNAL_PERFORMANCE_SINGLE_THREAD") != nullptr) {
         m_singleThread = std::strcmp(only, "TRUE") == 0 || std::strcmp(only, "true") == 0;
     }
-    switchOn();
-} catch (...) {
-    switchOff();
+    try {
+        switchOn();
+    } catch (...) {
+        switchOff();
+    }
 }
 
 Monitor::~Monitor() {
