@@ -129,6 +129,7 @@ void FlameChart::layOut(const std::vector<std::uint32_t>& order, double narrowes
         box.thread = span.thread;
         box.depth = span.depth;
         box.span = index;
+        box.longest = index;
         box.ticks = static_cast<double>(span.end - span.start);
         if (hasPending && (pending.thread != box.thread || pending.depth != box.depth)) {
             settle();
@@ -143,6 +144,10 @@ void FlameChart::layOut(const std::vector<std::uint32_t>& order, double narrowes
             pending.span = kMerged;
             ++pending.calls;
             pending.ticks += box.ticks;
+            const Span& longest = m_journal.spans[pending.longest];
+            if (span.end - span.start > longest.end - longest.start) {
+                pending.longest = index;
+            }
         } else {
             settle();
             pending = box;
@@ -177,7 +182,8 @@ void FlameChart::writeSvg(std::ostream& out) const {
         << px(height) << "\" viewBox=\"0 0 " << px(width) << ' ' << px(height)
         << "\" font-family=\"sans-serif\" font-size=\"11\">\n"
         << "<style>.box rect{stroke:#fff;stroke-width:0.5}.box:hover rect{stroke:#000}"
-           ".unfinished rect{stroke:#b00;stroke-dasharray:3,2}.axis{stroke:#ccc}"
+           ".merged rect{fill-opacity:0.55}.unfinished "
+           "rect{stroke:#b00;stroke-dasharray:3,2}.axis{stroke:#ccc}"
            "text{pointer-events:none}</style>\n"
         << "<text x=\"" << kMargin << "\" y=\"16\" font-size=\"13\">"
         << xml("Performance journal, " + journal.origin() + ": " +
@@ -205,13 +211,18 @@ void FlameChart::writeSvg(std::ostream& out) const {
         const double top = bandTop[box.thread] + kBandHeading + box.depth * kRowHeight;
         const double ms = journal.milliseconds(box.ticks);
         std::string title;
-        std::string fill = "#c8c8c8";
+        std::string fill;
         std::string text;
         std::string kind = "box";
         if (box.span == kMerged) {
+            const Span& longest = journal.spans[box.longest];
+            const std::string& name = journal.names[longest.name];
             kind += " merged";
-            title = std::to_string(box.calls) + " calls narrower than a pixel: " + exactMs(ms) +
-                    " in all";
+            fill = colour(name, longest.command);
+            title = std::to_string(box.calls) + " calls narrower than a pixel, " + exactMs(ms) +
+                    " in all; the longest " + (longest.command ? "command " : "") +
+                    JournalText::printable(name) + ", " +
+                    exactMs(journal.milliseconds(static_cast<double>(longest.end - longest.start)));
         } else {
             const Span& span = journal.spans[box.span];
             const std::string& name = journal.names[span.name];

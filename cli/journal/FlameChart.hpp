@@ -16,8 +16,9 @@ namespace cvsoa::journal {
 /// exact figures.
 ///
 /// Spans narrower than a pixel are merged with their narrow neighbours on the same row into one
-/// grey box. Should that still leave more boxes than the limit, the width below which spans
-/// merge doubles until it does not; in the last resort the deepest boxes are left out.
+/// paler box, coloured and described after the longest of them. Should that still leave more boxes
+/// than the limit, the width below which spans merge doubles until it does not; in the last resort
+/// the deepest boxes are left out.
 class FlameChart {
 public:
     struct Box {
@@ -32,6 +33,8 @@ public:
         std::uint32_t calls = 1;
         /// Their time together.
         double ticks = 0;
+        /// Index into `Journal::spans` of the longest of them.
+        std::uint32_t longest = 0;
     };
 
     static constexpr std::uint32_t kMerged = std::numeric_limits<std::uint32_t>::max();
