@@ -16,8 +16,11 @@ int main(int argc, char** argv) {
     cvsoa::CommandRegistry::addAllTo(app);
     try {
         app.parse(argc, argv);
+    } catch (const CLI::RuntimeError& e) {
+        return e.get_exit_code();  // a command's own failure, already reported
     } catch (const CLI::ParseError& e) {
-        return app.exit(e);
+        // --help and --version end with 0; a wrong command line is a usage error: 2.
+        return app.exit(e) == 0 ? 0 : 2;
     } catch (const std::exception& e) {
         std::cerr << "cvsoa: " << e.what() << '\n';
         return 1;

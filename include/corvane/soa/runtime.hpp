@@ -34,6 +34,10 @@
 #include <corvane/soa/common/xml/XmlUtil.hpp>
 #include <corvane/soa/internal/common/AuthUtils.hpp>
 #include <corvane/soa/internal/common/LocaleMessageHandler.hpp>
+#include <corvane/soa/internal/common/LogCorrelation.hpp>
+#include <corvane/soa/internal/common/Monitor.hpp>
+#include <corvane/soa/internal/common/ScopedMonitor.hpp>
+#include <corvane/soa/internal/common/ThreadProvider.hpp>
 #include <corvane/soa/internal/json/BooleanValue.hpp>
 #include <corvane/soa/internal/json/DateValue.hpp>
 #include <corvane/soa/internal/json/DoubleValue.hpp>
