@@ -63,16 +63,22 @@ void addInspectCommand(CLI::App& app) {
     auto options = std::make_shared<InspectOptions>();
     CLI::App* command = app.add_subcommand(
         "inspect", "Read an XML or JSON document and print its tree (or the exact error)");
-    command->add_option("file", options->path, "the XML or JSON document")->required();
+    command->add_option("file", options->path, "the XML or JSON document, - for standard input")
+        ->required();
     command->add_option("--encoding", options->encoding,
                         "code page for the printed text (default: the process's own)");
     command->callback([options] {
-        std::ifstream file(options->path, std::ios::binary);
-        if (!file) {
-            fail("Document '" + options->path + "' does not exist.\n");
+        std::string content;
+        if (options->path == "-") {
+            content.assign(std::istreambuf_iterator<char>(std::cin),
+                           std::istreambuf_iterator<char>());
+        } else {
+            std::ifstream file(options->path, std::ios::binary);
+            if (!file) {
+                fail("Document '" + options->path + "' does not exist.\n");
+            }
+            content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
         }
-        const std::string content((std::istreambuf_iterator<char>(file)),
-                                  std::istreambuf_iterator<char>());
         if (!content.empty() && Xml::XmlUtil::isJSON(content)) {
             inspectJson(content);
             return;
@@ -83,7 +89,10 @@ void addInspectCommand(CLI::App& app) {
         }
         Xml::SAXToNodeParser parser;
         try {
-            parser.parseFile(options->path, options->encoding)->output(std::cout, "");
+            Xml::XMLNode* root = options->path == "-"
+                                     ? parser.parseString(content, options->encoding)
+                                     : parser.parseFile(options->path, options->encoding);
+            root->output(std::cout, "");
         } catch (const DomException& e) {
             fail(e.getMessage());
         }
