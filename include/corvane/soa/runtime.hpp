@@ -7,10 +7,14 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
+#include <corvane/soa/common/IPropertyPolicyChangeListener.hpp>
 #include <corvane/soa/common/MemObjectInfo.hpp>
 #include <corvane/soa/common/MemoryAllocator.hpp>
 #include <corvane/soa/common/MemoryInfo.hpp>
 #include <corvane/soa/common/MemoryManager.hpp>
+#include <corvane/soa/common/ObjectPropertyPolicy.hpp>
+#include <corvane/soa/common/PolicyProperty.hpp>
+#include <corvane/soa/common/PolicyType.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
@@ -24,6 +28,7 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 #include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/common/PolicyMarshaller.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
