@@ -16,8 +16,11 @@ int main(int argc, char** argv) {
     cvsoa::CommandRegistry::addAllTo(app);
     try {
         app.parse(argc, argv);
+    } catch (const CLI::RuntimeError& e) {
+        return app.exit(e);  // a subcommand's own exit status; it printed its message
     } catch (const CLI::ParseError& e) {
-        return app.exit(e);
+        // --help and --version exit 0; any mistake on the command line is a usage error.
+        return app.exit(e) == 0 ? 0 : 2;
     } catch (const std::exception& e) {
         std::cerr << "cvsoa: " << e.what() << '\n';
         return 1;
