@@ -175,8 +175,8 @@ void addOutputOption(CLI::App* command, PolicyOptions& options) {
 }
 
 void addPolicyCommand(CLI::App& app) {
-    CLI::App* policy = app.add_subcommand(
-        "policy", "Show, check, merge and compare object property policy files");
+    CLI::App* policy =
+        app.add_subcommand("policy", "Show, check, merge and compare object property policy files");
     policy->require_subcommand(1);
 
     auto showOptions = std::make_shared<PolicyOptions>();
@@ -235,8 +235,9 @@ void addPolicyCommand(CLI::App& app) {
 
     auto diffOptions = std::make_shared<PolicyOptions>();
     CLI::App* diffCommand = policy->add_subcommand(
-        "diff", "Print the types and properties that differ between two policy files (exit "
-                "status 3 when they differ)");
+        "diff",
+        "Print the types and properties that differ between two policy files (exit "
+        "status 3 when they differ)");
     diffCommand->add_option("files", diffOptions->files, "the two policy files ('-': stdin)")
         ->required()
         ->expected(2);

@@ -115,7 +115,9 @@ void PolicyType::setProperties(const std::string& text) {
 
 void PolicyType::eraseProperty(const PolicyProperty& property) { m_properties.erase(property); }
 
-void PolicyType::eraseProperty(const std::string& name) { m_properties.erase(PolicyProperty(name)); }
+void PolicyType::eraseProperty(const std::string& name) {
+    m_properties.erase(PolicyProperty(name));
+}
 
 bool PolicyType::getBooleanModifier(const std::string& name) const {
     const auto found = m_modifiers.find(name);

@@ -30,7 +30,8 @@ TEST(PolicyModel, TypesAreBuiltFromTexts) {
         EXPECT_EQ(PolicyText::of(type), expected);
     }
     EXPECT_EQ(PolicyType("Item{a,b}").toString(), "Item{a, b}");
-    EXPECT_EQ(PolicyProperty("p", " x ,,y").getModifierNames(), (std::vector<std::string>{"x", "y"}));
+    EXPECT_EQ(PolicyProperty("p", " x ,,y").getModifierNames(),
+              (std::vector<std::string>{"x", "y"}));
 
     PolicyType type("Item{a}");
     type.addProperties("{b,c}");
@@ -180,8 +181,8 @@ TEST(PolicyModel, ListenersAreToldOfEveryAddedPropertyInAddressOrder) {
     type.addProperty(property);
     pair[0].removeSelf = true;
     ObjectPropertyPolicy policy;
-    policy.addType(type);     // a new type: a copy, nobody is told
-    policy.addType(known);    // a known one: its properties are added
+    policy.addType(type);   // a new type: a copy, nobody is told
+    policy.addType(known);  // a known one: its properties are added
     type.addProperty("r");
     PolicyType::removePropertyPolicyChangeListener(&pair[1]);
     type.addProperty("s");

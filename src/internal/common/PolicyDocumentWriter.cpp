@@ -49,13 +49,14 @@ void writePolicyDocument(const ::Corvane::Soa::Common::ObjectPropertyPolicy& pol
     const std::string property = prefix + "Property";
     for (const auto& type : policy.getTypes()) {
         stream.writeOpenElement(ns, objectType);
-        stream.writeAttribute("name", ::Corvane::Soa::Common::Xml::toXmlString(type.getName(), stream.getUtf8Transcoder()));
+        stream.writeAttribute("name", ::Corvane::Soa::Common::Xml::toXmlString(
+                                          type.getName(), stream.getUtf8Transcoder()));
         writeFlags(stream, type.getModifiers());
         stream.writeOpenElementClose(ns, false);
         for (const auto& each : type.getProperties()) {
             stream.writeOpenElement(ns, property);
-            stream.writeAttribute("name",
-                                  ::Corvane::Soa::Common::Xml::toXmlString(each.getName(), stream.getUtf8Transcoder()));
+            stream.writeAttribute("name", ::Corvane::Soa::Common::Xml::toXmlString(
+                                              each.getName(), stream.getUtf8Transcoder()));
             writeFlags(stream, each.getModifiers());
             stream.writeOpenElementClose(ns, true);
         }

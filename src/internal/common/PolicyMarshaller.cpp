@@ -10,12 +10,11 @@
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
 
-#include <atomic>
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <atomic>
+#include <cerrno>
 
 namespace Corvane::Soa::Internal::Common {
 
@@ -98,8 +97,8 @@ const char* const PolicyMarshaller::kSchemaNote =
     "more information.";
 
 const char* const PolicyMarshaller::kFlags[kFlagCount] = {
-    "withProperties", "excludeUiValues",     "includeIsModifiable",
-    "asAttribute",    "uIValueOnly",         "excludeParentProperties"};
+    "withProperties", "excludeUiValues", "includeIsModifiable",
+    "asAttribute",    "uIValueOnly",     "excludeParentProperties"};
 
 bool PolicyMarshaller::isAFlag(const std::string& name) {
     for (const char* flag : kFlags) {

@@ -7,15 +7,15 @@
 
 #include "PolicyText.hpp"
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using Corvane::Soa::Common::ObjectPropertyPolicy;
 using Corvane::Soa::Common::PolicyType;
@@ -115,11 +115,13 @@ TEST_F(PolicyFile, FilesThatCannotBeReadAreIOExceptions) {
 
 TEST_F(PolicyFile, LoadingTwoFilesMergesThem) {
     ObjectPropertyPolicy policy;
-    policy.load(write("1.xml", "<ObjectPropertyPolicy><ObjectType name='A' withProperties='1'>"
-                               "<Property name='a'/></ObjectType></ObjectPropertyPolicy>"));
-    policy.load(write("2.xml", "<ObjectPropertyPolicy asAttribute='1'><ObjectType name='A'>"
-                               "<Property name='b'/></ObjectType><ObjectType name='B'/>"
-                               "</ObjectPropertyPolicy>"));
+    policy.load(write("1.xml",
+                      "<ObjectPropertyPolicy><ObjectType name='A' withProperties='1'>"
+                      "<Property name='a'/></ObjectType></ObjectPropertyPolicy>"));
+    policy.load(write("2.xml",
+                      "<ObjectPropertyPolicy asAttribute='1'><ObjectType name='A'>"
+                      "<Property name='b'/></ObjectType><ObjectType name='B'/>"
+                      "</ObjectPropertyPolicy>"));
     EXPECT_EQ(PolicyText::of(policy),
               "(asAttribute=1) A(withProperties=1){a(withProperties=1), b(asAttribute=1,"
               "withProperties=1)} B(asAttribute=1){}");

@@ -85,10 +85,8 @@ public:
     /// Process-wide and unlocked: register and remove listeners while no thread adds properties.
     /// A listener is registered once however often it is added; listeners are told in the order
     /// of their addresses.
-    static void addPropertyPolicyChangeListener(
-        IPropertyPolicyChangeListener* listener);
-    static void removePropertyPolicyChangeListener(
-        IPropertyPolicyChangeListener* listener);
+    static void addPropertyPolicyChangeListener(IPropertyPolicyChangeListener* listener);
+    static void removePropertyPolicyChangeListener(IPropertyPolicyChangeListener* listener);
 
     static void* operator new(std::size_t size) { return ::operator new(size); }
     static void* operator new[](std::size_t size) { return ::operator new[](size); }

@@ -47,8 +47,7 @@ public:
     /// nothing undone on a fault). A file that cannot be read throws `IOException`
     /// "Error while loading the policy file specified in:" followed by the path; a document that
     /// is not well formed, the reader's `DomException`.
-    static void load(::Corvane::Soa::Common::ObjectPropertyPolicy& policy,
-                     const std::string& path);
+    static void load(::Corvane::Soa::Common::ObjectPropertyPolicy& policy, const std::string& path);
     /// Adds to `policy` what the parsed document `root` holds. A root not named
     /// "ObjectPropertyPolicy" throws "Invalid root node:" followed by its name and
     /// `kSchemaNote`; a root child other than "ObjectType" and "Include", "Unexpected element: "
