@@ -25,10 +25,19 @@ void ObjectPropertyPolicy::addType(PolicyType& type) {
     }
 }
 
-void ObjectPropertyPolicy::addType(const std::string& text) {
-    PolicyType type(text);
-    addType(type);
+void ObjectPropertyPolicy::addType(PolicyType&& type) {
+    mergeModifiers(type);
+    // Files list types in name order: a name past the last one goes to the end at once.
+    if (m_types.empty() || *m_types.rbegin() < type) {
+        m_types.insert(m_types.end(), std::move(type));
+    } else if (m_types.count(type) == 0) {
+        m_types.insert(std::move(type));
+    } else {
+        addType(type);  // merged already: merging again changes nothing
+    }
 }
+
+void ObjectPropertyPolicy::addType(const std::string& text) { addType(PolicyType(text)); }
 
 PolicyType* ObjectPropertyPolicy::getType(const std::string& name) {
     // The caller may change anything but the name, which alone keys the set.

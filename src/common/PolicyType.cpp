@@ -2,6 +2,8 @@
 #include <corvane/soa/common/PolicyType.hpp>
 #include <corvane/soa/common/StringUtils.hpp>
 
+#include <utility>
+
 namespace Corvane::Soa::Common {
 
 PolicyType::PolicyType(const std::string& text) {
@@ -24,8 +26,7 @@ PolicyType::PolicyType(const std::string& name, const std::string& properties,
                        const std::string& modifiers)
     : m_name(name) {
     for (const std::string& piece : StringUtils::split(properties, ",")) {
-        PolicyProperty property(StringUtils::trim(piece), modifiers);
-        addProperty(property);
+        addProperty(PolicyProperty(StringUtils::trim(piece), modifiers));
     }
 }
 
@@ -59,18 +60,33 @@ const PolicyProperty* PolicyType::getProperty(const std::string& name) const {
     return found == m_properties.end() ? nullptr : &*found;
 }
 
-void PolicyType::addProperty(const std::string& name) {
-    PolicyProperty property(name);
-    addProperty(property);
-}
+void PolicyType::addProperty(const std::string& name) { addProperty(PolicyProperty(name)); }
 
 void PolicyType::addProperty(PolicyProperty& property) {
     mergeModifiers(&property);
-    auto found = m_properties.find(property);
-    if (found != m_properties.end()) {
-        found = m_properties.erase(found);
+    store(PolicyProperty(property));
+    tellListeners(property);
+}
+
+void PolicyType::addProperty(PolicyProperty&& property) {
+    mergeModifiers(&property);
+    tellListeners(store(std::move(property)));
+}
+
+PolicyProperty& PolicyType::store(PolicyProperty&& property) {
+    // Files list properties in name order: a name past the last one goes to the end at once.
+    auto place = m_properties.end();
+    if (!m_properties.empty() && !(*m_properties.rbegin() < property)) {
+        place = m_properties.find(property);
+        if (place != m_properties.end()) {
+            place = m_properties.erase(place);
+        }
     }
-    m_properties.insert(found, property);
+    // Set elements are constant only to keep their order, which the name alone decides.
+    return const_cast<PolicyProperty&>(*m_properties.insert(place, std::move(property)));
+}
+
+void PolicyType::tellListeners(PolicyProperty& property) {
     // A listener may add or remove listeners while it is told: each step looks up the next one
     // after the listener just told.
     Listeners& all = listeners();

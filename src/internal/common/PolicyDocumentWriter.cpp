@@ -22,11 +22,13 @@ void writeFlags(XmlStream& stream, const Modifiers& modifiers) {
     if (modifiers.empty()) {
         return;
     }
-    for (const char* flag : PolicyMarshaller::kFlags) {
+    static const std::string on = "1";
+    static const std::string off = "0";
+    for (const std::string& flag : PolicyMarshaller::flags()) {
         const auto found = modifiers.find(flag);
         if (found != modifiers.end()) {
             const bool value = found->second == "1" || found->second == "true";
-            stream.writeAttribute(flag, value ? "1" : "0");
+            stream.writeAttribute(flag, value ? on : off);
         }
     }
 }

@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include <atomic>
 #include <cerrno>
+#include <utility>
 
 namespace Corvane::Soa::Internal::Common {
 
@@ -33,7 +34,7 @@ constexpr const char* kName = "name";
 // the order in which they are set makes no difference.
 template <class Target>
 void readFlags(const XMLNode& node, Target& target) {
-    for (const char* flag : PolicyMarshaller::kFlags) {
+    for (const std::string& flag : PolicyMarshaller::flags()) {
         if (node.existsAttr(flag)) {
             target.setModifier(flag, ::Corvane::Soa::Common::Xml::lexical_cast<bool, std::string>(
                                          node.getAttr(flag)));
@@ -96,12 +97,15 @@ const char* const PolicyMarshaller::kSchemaNote =
     "\nPolicy file does not conform to the schema,please refer to the Corvane Services Guide for "
     "more information.";
 
-const char* const PolicyMarshaller::kFlags[kFlagCount] = {
-    "withProperties", "excludeUiValues", "includeIsModifiable",
-    "asAttribute",    "uIValueOnly",     "excludeParentProperties"};
+const std::array<std::string, 6>& PolicyMarshaller::flags() {
+    static const std::array<std::string, 6> names = {
+        "withProperties", "excludeUiValues", "includeIsModifiable",
+        "asAttribute",    "uIValueOnly",     "excludeParentProperties"};
+    return names;
+}
 
 bool PolicyMarshaller::isAFlag(const std::string& name) {
-    for (const char* flag : kFlags) {
+    for (const std::string& flag : flags()) {
         if (name == flag) {
             return true;
         }
@@ -128,7 +132,7 @@ void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
         if (name == "ObjectType") {
             PolicyType type;
             parse(*child, type);
-            policy.addType(type);
+            policy.addType(std::move(type));
         } else if (name != "Include") {
             throw DomException("Unexpected element: " + name + kSchemaNote);
         }
@@ -145,7 +149,7 @@ void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
     for (const XMLNode* child : node.getChildren()) {
         PolicyProperty property;
         parse(*child, property);
-        type.addProperty(property);
+        type.addProperty(std::move(property));
     }
 }
 

@@ -28,6 +28,8 @@ public:
     /// new name stores a copy of it; a known name adds its properties to the stored type, whose
     /// own name and modifiers stay.
     void addType(PolicyType& type);
+    /// The same, keeping `type` itself when its name is new.
+    void addType(PolicyType&& type);
     /// Adds `PolicyType(text)`: "Name" or "Name{p1,p2}".
     void addType(const std::string& text);
     /// The stored type of that name, or null. Its name must not be changed through it.

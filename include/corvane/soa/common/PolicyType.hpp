@@ -54,6 +54,8 @@ public:
     /// Fills in `property`'s missing modifiers from the type's (changing the caller's object),
     /// replaces any stored property of the same name by a copy of it, and tells every listener.
     void addProperty(PolicyProperty& property);
+    /// The same, keeping `property` itself: the listeners are told of the stored property.
+    void addProperty(PolicyProperty&& property);
     /// Adds each non-empty piece, untrimmed, of the comma-separated list between the first "{"
     /// and the first "}" after it (or the end). A text without "{" is read as the bare list.
     void addProperties(const std::string& text);
@@ -100,6 +102,9 @@ public:
 private:
     using Listeners = std::set<IPropertyPolicyChangeListener*>;
     static Listeners& listeners();
+    // Puts `property`, its modifiers merged, in the place of any of the same name.
+    PolicyProperty& store(PolicyProperty&& property);
+    void tellListeners(PolicyProperty& property);
 
     std::string m_name;
     Modifiers m_modifiers;

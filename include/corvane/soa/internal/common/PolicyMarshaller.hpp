@@ -3,6 +3,7 @@
 
 #include <corvane/soa/Export.hpp>
 
+#include <array>
 #include <string>
 
 namespace Corvane::Soa::Common {
@@ -39,9 +40,8 @@ public:
     /// Whether `name` is one of "withProperties", "excludeUiValues", "includeIsModifiable",
     /// "asAttribute", "uIValueOnly" and "excludeParentProperties" (exactly, in that order).
     static bool isAFlag(const std::string& name);
-    /// The flags in the order of `isAFlag`; the array holds `kFlagCount` names.
-    static constexpr int kFlagCount = 6;
-    static const char* const kFlags[kFlagCount];
+    /// The flags in the order of `isAFlag`.
+    static const std::array<std::string, 6>& flags();
 
     /// Adds to `policy` what the policy file at `path` holds (nothing is cleared first, and
     /// nothing undone on a fault). A file that cannot be read throws `IOException`
