@@ -12,10 +12,14 @@
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
+#include <corvane/soa/common/IPropertyPolicyChangeListener.hpp>
 #include <corvane/soa/common/MemObjectInfo.hpp>
 #include <corvane/soa/common/MemoryAllocator.hpp>
 #include <corvane/soa/common/MemoryInfo.hpp>
 #include <corvane/soa/common/MemoryManager.hpp>
+#include <corvane/soa/common/ObjectPropertyPolicy.hpp>
+#include <corvane/soa/common/PolicyProperty.hpp>
+#include <corvane/soa/common/PolicyType.hpp>
 #include <corvane/soa/common/StringUtils.hpp>
 #include <corvane/soa/common/Version.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
@@ -36,6 +40,7 @@
 #include <corvane/soa/internal/common/LocaleMessageHandler.hpp>
 #include <corvane/soa/internal/common/LogCorrelation.hpp>
 #include <corvane/soa/internal/common/Monitor.hpp>
+#include <corvane/soa/internal/common/PolicyMarshaller.hpp>
 #include <corvane/soa/internal/common/ScopedMonitor.hpp>
 #include <corvane/soa/internal/common/ThreadProvider.hpp>
 #include <corvane/soa/internal/json/BooleanValue.hpp>

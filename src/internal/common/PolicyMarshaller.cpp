@@ -1,0 +1,221 @@
+#include <corvane/soa/internal/common/PolicyMarshaller.hpp>
+
+#include "internal/common/PolicyDocumentWriter.hpp"
+
+#include <corvane/soa/common/ObjectPropertyPolicy.hpp>
+#include <corvane/soa/common/exceptions/DomException.hpp>
+#include <corvane/soa/common/exceptions/IOException.hpp>
+#include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
+#include <corvane/soa/common/xml/XMLNode.hpp>
+#include <corvane/soa/common/xml/XmlStream.hpp>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <atomic>
+#include <cerrno>
+#include <utility>
+
+namespace Corvane::Soa::Internal::Common {
+
+namespace {
+
+using ::Corvane::Soa::Common::ObjectPropertyPolicy;
+using ::Corvane::Soa::Common::PolicyProperty;
+using ::Corvane::Soa::Common::PolicyType;
+using ::Corvane::Soa::Common::Exceptions::DomException;
+using ::Corvane::Soa::Common::Exceptions::IOException;
+using ::Corvane::Soa::Common::Xml::XMLNode;
+
+constexpr const char* kName = "name";
+
+// Each flag attribute of `node` becomes a modifier of `target`. Modifiers are kept by name, so
+// the order in which they are set makes no difference.
+template <class Target>
+void readFlags(const XMLNode& node, Target& target) {
+    for (const std::string& flag : PolicyMarshaller::flags()) {
+        if (node.existsAttr(flag)) {
+            target.setModifier(flag, ::Corvane::Soa::Common::Xml::lexical_cast<bool, std::string>(
+                                         node.getAttr(flag)));
+        }
+    }
+}
+
+// Whether the file can be opened for reading and is not a directory.
+bool isReadableFile(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    struct stat status {};
+    const bool readable = ::fstat(fd, &status) == 0 && !S_ISDIR(status.st_mode);
+    ::close(fd);
+    return readable;
+}
+
+// Writes all of `text` to `fd`; false on any failure.
+bool writeAll(int fd, const std::string& text) {
+    const char* data = text.data();
+    std::size_t left = text.size();
+    while (left != 0) {
+        const ssize_t written = ::write(fd, data, left);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        data += written;
+        left -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+// A new file beside `path` that no one else is using, opened for writing; its name goes to
+// `tempPath`. -1 when none can be made.
+int createTempBeside(const std::string& path, std::string& tempPath) {
+    static std::atomic<unsigned> counter{0};
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        tempPath = path + ".tmp-" + std::to_string(::getpid()) + "-" +
+                   std::to_string(counter.fetch_add(1));
+        // 0666 less the process's umask, as the file would have had when written in place.
+        const int fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd >= 0 || errno != EEXIST) {
+            return fd;
+        }
+    }
+    return -1;
+}
+
+}  // namespace
+
+const char* const PolicyMarshaller::kNamespace =
+    "http://corvane.com/Schemas/Soa/ObjectPropertyPolicy";
+
+const char* const PolicyMarshaller::kSchemaNote =
+    "\nPolicy file does not conform to the schema,please refer to the Corvane Services Guide for "
+    "more information.";
+
+const std::array<std::string, 6>& PolicyMarshaller::flags() {
+    static const std::array<std::string, 6> names = {
+        "withProperties", "excludeUiValues", "includeIsModifiable",
+        "asAttribute",    "uIValueOnly",     "excludeParentProperties"};
+    return names;
+}
+
+bool PolicyMarshaller::isAFlag(const std::string& name) {
+    for (const std::string& flag : flags()) {
+        if (name == flag) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const std::string& path) {
+    if (!isReadableFile(path)) {
+        throw IOException("Error while loading the policy file specified in:" + path);
+    }
+    // Policy texts are UTF-8, whatever the process's local code page.
+    ::Corvane::Soa::Common::Xml::SAXToNodeParser parser;
+    load(policy, *parser.parseFile(path, "UTF-8"));
+}
+
+void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
+    if (root.getName() != "ObjectPropertyPolicy") {
+        throw DomException("Invalid root node:" + root.getName() + kSchemaNote);
+    }
+    readFlags(root, policy);
+    for (const XMLNode* child : root.getChildren()) {
+        const std::string& name = child->getName();
+        if (name == "ObjectType") {
+            PolicyType type;
+            parse(*child, type);
+            policy.addType(std::move(type));
+        } else if (name != "Include") {
+            throw DomException("Unexpected element: " + name + kSchemaNote);
+        }
+    }
+}
+
+void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
+    if (!node.existsAttr(kName)) {
+        throw DomException(std::string("The ") + "ObjectType" + "node does not have the " + "name" +
+                           "' attribute.'" + kSchemaNote);
+    }
+    type.setName(node.getAttr(kName));
+    readFlags(node, type);
+    for (const XMLNode* child : node.getChildren()) {
+        PolicyProperty property;
+        parse(*child, property);
+        type.addProperty(std::move(property));
+    }
+}
+
+void PolicyMarshaller::parse(const XMLNode& node, PolicyProperty& property) {
+    if (node.getName() != "Property" || !node.existsAttr(kName)) {
+        throw DomException(std::string("Invalid child") + "Property" + "element.");
+    }
+    property.setName(node.getAttr(kName));
+    readFlags(node, property);
+}
+
+std::string PolicyMarshaller::toXml(const ObjectPropertyPolicy& policy) {
+    ::Corvane::Soa::Common::Xml::XmlStream stream;
+    stream << R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    writePolicyDocument(policy, stream);
+    stream << "\n";
+    return stream.str();
+}
+
+void PolicyMarshaller::save(const ObjectPropertyPolicy& policy, const std::string& path) {
+    const std::string text = toXml(policy);
+    createDir(path);
+
+    const IOException failure("'Error while creating file under:-'" + path);
+    std::string tempPath;
+    const int fd = createTempBeside(path, tempPath);
+    if (fd < 0) {
+        throw failure;
+    }
+    // A file that is replaced keeps its permissions.
+    struct stat target {};
+    if (::stat(path.c_str(), &target) == 0 && S_ISREG(target.st_mode)) {
+        ::fchmod(fd, target.st_mode & 07777);
+    }
+    // The text reaches the disk before the new file takes the target's place, so that the target
+    // holds one whole version or the other even after a crash.
+    const bool written = writeAll(fd, text) && ::fsync(fd) == 0;
+    if (::close(fd) != 0 || !written || ::rename(tempPath.c_str(), path.c_str()) != 0) {
+        ::unlink(tempPath.c_str());
+        throw failure;
+    }
+}
+
+void PolicyMarshaller::createDir(std::string path) {
+    const std::size_t last = path.rfind('/');
+    if (last == std::string::npos) {
+        return;
+    }
+    const std::string directory = path.substr(0, last);
+    const auto make = [&path](const std::string& part) {
+        if (part.empty()) {
+            return;
+        }
+        if (::mkdir(part.c_str(), 0777) != 0) {
+            const int error = errno;
+            if (error == ENOENT || error == EIO || error == ENXIO || error == EACCES ||
+                error == EINVAL) {
+                throw IOException("'Error in writing ObjectPropertyPolicy in a:-'" + path);
+            }
+        }
+    };
+    for (std::size_t slash = directory.find('/'); slash != std::string::npos;
+         slash = directory.find('/', slash + 1)) {
+        make(directory.substr(0, slash));
+    }
+    make(directory);
+}
+
+}  // namespace Corvane::Soa::Internal::Common
