@@ -12,6 +12,7 @@
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
+#include <corvane/soa/common/GlobalAllocation.hpp>
 #include <corvane/soa/common/IPropertyPolicyChangeListener.hpp>
 #include <corvane/soa/common/MemObjectInfo.hpp>
 #include <corvane/soa/common/MemoryAllocator.hpp>

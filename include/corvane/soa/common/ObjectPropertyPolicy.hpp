@@ -2,6 +2,7 @@
 #define CORVANE_SOA_COMMON_OBJECTPROPERTYPOLICY_HPP
 
 #include <corvane/soa/Export.hpp>
+#include <corvane/soa/common/GlobalAllocation.hpp>
 #include <corvane/soa/common/PolicyType.hpp>
 
 #include <cstddef>
@@ -68,14 +69,7 @@ public:
     bool operator==(const ObjectPropertyPolicy& other) const;
     bool operator!=(const ObjectPropertyPolicy& other) const { return !(*this == other); }
 
-    static void* operator new(std::size_t size) { return ::operator new(size); }
-    static void* operator new[](std::size_t size) { return ::operator new[](size); }
-    static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
-    static void* operator new[](std::size_t /*size*/, void* place) noexcept { return place; }
-    static void operator delete(void* p) noexcept { ::operator delete(p); }
-    static void operator delete[](void* p) noexcept { ::operator delete[](p); }
-    static void operator delete(void* /*p*/, void* /*place*/) noexcept {}
-    static void operator delete[](void* /*p*/, void* /*place*/) noexcept {}
+    CORVANE_SOA_GLOBAL_ALLOCATION
 
 private:
     Modifiers m_modifiers;

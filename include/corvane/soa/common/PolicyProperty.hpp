@@ -2,6 +2,7 @@
 #define CORVANE_SOA_COMMON_POLICYPROPERTY_HPP
 
 #include <corvane/soa/Export.hpp>
+#include <corvane/soa/common/GlobalAllocation.hpp>
 
 #include <cstddef>
 #include <map>
@@ -45,14 +46,7 @@ public:
     bool operator<(const PolicyProperty& other) const noexcept { return m_name < other.m_name; }
     bool operator>(const PolicyProperty& other) const noexcept { return other.m_name < m_name; }
 
-    static void* operator new(std::size_t size) { return ::operator new(size); }
-    static void* operator new[](std::size_t size) { return ::operator new[](size); }
-    static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
-    static void* operator new[](std::size_t /*size*/, void* place) noexcept { return place; }
-    static void operator delete(void* p) noexcept { ::operator delete(p); }
-    static void operator delete[](void* p) noexcept { ::operator delete[](p); }
-    static void operator delete(void* /*p*/, void* /*place*/) noexcept {}
-    static void operator delete[](void* /*p*/, void* /*place*/) noexcept {}
+    CORVANE_SOA_GLOBAL_ALLOCATION
 
 private:
     std::string m_name;

@@ -2,6 +2,7 @@
 #define CORVANE_SOA_COMMON_POLICYTYPE_HPP
 
 #include <corvane/soa/Export.hpp>
+#include <corvane/soa/common/GlobalAllocation.hpp>
 #include <corvane/soa/common/PolicyProperty.hpp>
 
 #include <cstddef>
@@ -90,14 +91,7 @@ public:
     static void addPropertyPolicyChangeListener(IPropertyPolicyChangeListener* listener);
     static void removePropertyPolicyChangeListener(IPropertyPolicyChangeListener* listener);
 
-    static void* operator new(std::size_t size) { return ::operator new(size); }
-    static void* operator new[](std::size_t size) { return ::operator new[](size); }
-    static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
-    static void* operator new[](std::size_t /*size*/, void* place) noexcept { return place; }
-    static void operator delete(void* p) noexcept { ::operator delete(p); }
-    static void operator delete[](void* p) noexcept { ::operator delete[](p); }
-    static void operator delete(void* /*p*/, void* /*place*/) noexcept {}
-    static void operator delete[](void* /*p*/, void* /*place*/) noexcept {}
+    CORVANE_SOA_GLOBAL_ALLOCATION
 
 private:
     using Listeners = std::set<IPropertyPolicyChangeListener*>;
