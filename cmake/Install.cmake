@@ -27,3 +27,9 @@ install(FILES ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake ${PROJECT_BINARY_DIR}
 file(RELATIVE_PATH CVSOA_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/corvane-soa.pc.in ${PROJECT_BINARY_DIR}/corvane-soa.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/corvane-soa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The generated types' headers and the generator that makes them, for users' own schemas.
+install(DIRECTORY ${CVSOA_GENERATED_DIR}/corvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.hpp")
+install(TARGETS cvsoa-gen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/schemas/ DESTINATION ${CMAKE_INSTALL_DATADIR}/corvane-soa/schemas)
