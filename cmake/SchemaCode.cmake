@@ -34,7 +34,11 @@ function(cvsoa_generate_schema_code target)
     "SCHEMAS;IMPORT_DIRS")
   if(NOT arg_GENERATOR)
     set(arg_GENERATOR $<TARGET_FILE:cvsoa-gen>)
-    set(generator_dep cvsoa-gen)
+  endif()
+  # The generator's target when it is one (built here or imported), so that a new generator
+  # regenerates.
+  if(arg_GENERATOR MATCHES "^\\$<TARGET_FILE:(.*)>$")
+    set(generator_dep ${CMAKE_MATCH_1})
   endif()
   set(options "")
   foreach(dir IN LISTS arg_IMPORT_DIRS)
@@ -62,4 +66,18 @@ function(cvsoa_generate_schema_code target)
   if(arg_HEADERS_VAR)
     set(${arg_HEADERS_VAR} ${headers} PARENT_SCOPE)
   endif()
+endfunction()
+
+#   corvane_soa_generate(<target> SCHEMAS <files>... [IMPORT_DIRS <dirs>...])
+#     For a user's own schemas, with the installed package: generates their types, adds the
+#     sources to <target> and the generated headers' directory to its include path. Imports of
+#     the library's own schemas (Base, ...) are found among the installed ones.
+function(corvane_soa_generate target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SCHEMAS;IMPORT_DIRS")
+  set(out ${CMAKE_CURRENT_BINARY_DIR}/corvane_soa_generated)
+  cvsoa_generate_schema_code(${target} OUT ${out} SCHEMAS ${arg_SCHEMAS}
+    IMPORT_DIRS ${arg_IMPORT_DIRS} ${CORVANE_SOA_SCHEMA_DIR}
+    GENERATOR $<TARGET_FILE:Corvane::cvsoa-gen>)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${out}>)
+  target_link_libraries(${target} PUBLIC Corvane::Soa)
 endfunction()
