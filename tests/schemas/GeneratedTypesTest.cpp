@@ -68,12 +68,12 @@ AutoPtr<Files::TicketMap> ticket(const std::string& uid, const std::string& valu
     return entry;
 }
 
-const std::string kSession = "http://corvane.com/Schemas/Core/2006-03/Session";
-const std::string kFiles = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
+const char* const kSessionUri = "http://corvane.com/Schemas/Core/2006-03/Session";
+const char* const kFilesUri = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
 
 TEST(GeneratedTypes, EmptyLoginInputIsOneElementWithFiveAttributesInOrder) {
     const Session::LoginInput login;
-    EXPECT_EQ(xmlOf(login), "\n<ns0:LoginInput xmlns:ns0=\"" + kSession +
+    EXPECT_EQ(xmlOf(login), "\n<ns0:LoginInput xmlns:ns0=\"" + std::string(kSessionUri) +
                                 "\" sessionDiscriminator=\"\" password=\"\" group=\"\" role=\"\" "
                                 "username=\"\"/>");
     EXPECT_EQ(jsonOf(login),
@@ -81,7 +81,7 @@ TEST(GeneratedTypes, EmptyLoginInputIsOneElementWithFiveAttributesInOrder) {
               "Session.LoginInput\",\n\"sessionDiscriminator\":\"\",\n"
               "\"password\":\"\",\n\"group\":\"\",\n\"role\":\"\",\n"
               "\"username\":\"\"\n}");
-    EXPECT_EQ(login.getQaulifiedName(), kSession + ".LoginInput");
+    EXPECT_EQ(login.getQaulifiedName(), std::string(kSessionUri) + ".LoginInput");
 }
 
 TEST(GeneratedTypes, VersionsAreDistinctTypesWithTheirOwnFields) {
@@ -99,7 +99,7 @@ TEST(GeneratedTypes, FileTicketsResponseBothWays) {
     response.addTickets(ticket("u1", "t&1"));
     response.addTickets(ticket("u2", "t2"));
     const std::string xml =
-        "\n<ns0:FileTicketsResponse xmlns:ns0=\"" + kFiles +
+        "\n<ns0:FileTicketsResponse xmlns:ns0=\"" + std::string(kFilesUri) +
         "\" xmlns:ns1=\"http://corvane.com/Schemas/Soa/2006-03/Base\">"
         "\n<ns0:tickets value=\"t&amp;1\">\n<ns0:key uid=\"u1\"></ns0:key></ns0:tickets>"
         "\n<ns0:tickets value=\"t2\">\n<ns0:key uid=\"u2\"></ns0:key></ns0:tickets>"
@@ -158,7 +158,7 @@ TEST(GeneratedTypes, ResponsesWriteServiceDataAndTextLists) {
     services.addServiceNames("a");
     services.addServiceNames("b<");
     EXPECT_EQ(xmlOf(services),
-              "\n<ns0:GetAvailableServicesResponse xmlns:ns0=\"" + kSession +
+              "\n<ns0:GetAvailableServicesResponse xmlns:ns0=\"" + std::string(kSessionUri) +
                   "\" xmlns:ns1=\"http://corvane.com/Schemas/Soa/2006-03/Base\"><ns0:serviceNames>a"
                   "</ns0:serviceNames><ns0:serviceNames>b&lt;</ns0:serviceNames>\n"
                   "<ns1:ServiceData></ns1:ServiceData></ns0:GetAvailableServicesResponse>");
@@ -215,13 +215,14 @@ TEST(GeneratedTypes, RequestEnvelopeHeaderFlagAndCDataBody) {
 }
 
 TEST(GeneratedTypes, RegistryBuildsEveryTypeByEitherName) {
-    const AutoPtr<BaseObject> byParts = TypeRegistry::create(kFiles, "TicketMap");
+    const AutoPtr<BaseObject> byParts = TypeRegistry::create(std::string(kFilesUri), "TicketMap");
     ASSERT_TRUE(byParts);
-    EXPECT_EQ(byParts->getQaulifiedName(), kFiles + ".TicketMap");
+    EXPECT_EQ(byParts->getQaulifiedName(), std::string(kFilesUri) + ".TicketMap");
     EXPECT_TRUE(byParts.dynamicCast<Files::TicketMap>());
-    const AutoPtr<BaseObject> byQName = TypeRegistry::create(kSession + ".LoginInput");
+    const AutoPtr<BaseObject> byQName =
+        TypeRegistry::create(std::string(kSessionUri) + ".LoginInput");
     EXPECT_TRUE(byQName.dynamicCast<Session::LoginInput>());
-    EXPECT_FALSE(TypeRegistry::create(kSession, "Nothing"));
+    EXPECT_FALSE(TypeRegistry::create(std::string(kSessionUri), "Nothing"));
     EXPECT_FALSE(TypeRegistry::create("LoginInput"));
     const auto names = TypeRegistry::names();
     EXPECT_NE(std::find(names.begin(), names.end(),

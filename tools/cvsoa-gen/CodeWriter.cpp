@@ -29,6 +29,12 @@ const char* kindName(Kind kind) {
     return names[static_cast<int>(kind)];
 }
 
+// "outer::name".
+std::string member(std::string outer, const std::string& name) {
+    outer.append("::").append(name);
+    return outer;
+}
+
 bool isAttribute(Kind kind) { return kind <= Kind::DateTime; }
 bool holdsObject(Kind kind) {
     return kind == Kind::Structure || kind == Kind::Reference || kind == Kind::ServiceData;
@@ -81,7 +87,7 @@ SchemaNames SchemaNames::of(const SchemaModel& schema) {
         if (isVersion(part)) {
             part = "_" + part.substr(0, 4) + "_" + part.substr(5);
         } else if (std::isdigit(static_cast<unsigned char>(part[0])) != 0) {
-            part = "_" + part;
+            part.insert(0, 1, '_');
         }
         names.namespaces.push_back(part);
         path += "/" + part;
@@ -228,7 +234,7 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
                 << "    void parseComplexJSONMapValue(::Corvane::Soa::Common::AutoPtr<"
                    "::Corvane::Soa::Internal::Json::Value> value) override;\n";
         }
-        out << "\n    CORVANE_SOA_ACCOUNTED_ALLOCATION(" << literal(full + "::" + c) << ")\n\n"
+        out << "\n    CORVANE_SOA_ACCOUNTED_ALLOCATION(" << literal(member(full, c)) << ")\n\n"
             << "protected:\n"
             << "    " << kXml << "BaseObject* reallyClone() const override;\n\n"
             << "private:\n";
@@ -239,8 +245,6 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
                     out << " = false";
                     break;
                 case Kind::Integer:
-                    out << " = 0";
-                    break;
                 case Kind::Float:
                 case Kind::Double:
                     out << " = 0";
@@ -317,7 +321,7 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
             out << "    };\n";
         }
         out << "    static const TypeDescriptor type{&kNamespace, " << literal(c)
-            << ", kNamespace + " << literal("." + c) << ", " << literal(full + "::" + c) << ", "
+            << ", kNamespace + " << literal("." + c) << ", " << literal(member(full, c)) << ", "
             << (type.fields.empty() ? "nullptr" : "fields") << ", " << type.fields.size() << ", "
             << (type.mapEntry ? "true" : "false") << ", []() -> BaseObject* { return new " << c
             << "; }};\n"

@@ -150,7 +150,7 @@ void readAttribute(const Document& doc, const XMLNode& node, TypeModel& type) {
     field.attribute = true;
     field.line = doc.line(node);
     const std::string& use = node.getAttr("use");
-    if (use != "" && use != "required" && use != "optional") {
+    if (!use.empty() && use != "required" && use != "optional") {
         doc.refuse(node, "use=\"" + use + "\" is not supported");
     }
     field.optional = use != "required";

@@ -21,13 +21,17 @@ const std::string* shared(const char* text) {
 }
 
 const std::string kEmpty;
-const std::string kUnknown = "Unknown";
+
+const std::string* unknown() {
+    static const std::string text = "Unknown";
+    return &text;
+}
 
 }  // namespace
 
 BaseObject::BaseObject() : m_namespace(&kEmpty), m_typeName(&kEmpty) {}
 
-BaseObject::BaseObject(const char* ns) : m_namespace(shared(ns)), m_typeName(&kUnknown) {}
+BaseObject::BaseObject(const char* ns) : m_namespace(shared(ns)), m_typeName(unknown()) {}
 
 BaseObject::BaseObject(const char* ns, const char* typeName)
     : m_namespace(shared(ns)), m_typeName(shared(typeName)) {}
@@ -36,8 +40,10 @@ BaseObject::BaseObject(const char* ns, const char* typeName)
 BaseObject::BaseObject(const BaseObject& other) = default;
 
 BaseObject& BaseObject::operator=(const BaseObject& other) {
-    m_namespace = other.m_namespace;
-    m_typeName = other.m_typeName;
+    if (this != &other) {
+        m_namespace = other.m_namespace;
+        m_typeName = other.m_typeName;
+    }
     return *this;
 }
 BaseObject::~BaseObject() = default;

@@ -238,21 +238,18 @@ void ObjectRuntime::parse(BaseObject& object, const TypeDescriptor& type, const 
         return;
     }
     const std::vector<XMLNode*>& children = node.getChildren();
-    std::vector<bool> reserved(type.fieldCount, false);
     for (const XMLNode* child : children) {
         const std::string& name = child->getName();
-        std::size_t index = 0;
         for (const FieldDescriptor& field : type) {
             if (isAttributeKind(field.kind) || field.name != name) {
-                ++index;
                 continue;
             }
             switch (field.kind) {
                 case FieldKind::StructureList: {
+                    // Room for every child at the first one: one allocation for the whole run.
                     void* list = field.member(object);
-                    if (!reserved[index]) {
-                        field.list->reserve(list, field.list->size(list) + children.size());
-                        reserved[index] = true;
+                    if (field.list->size(list) == 0) {
+                        field.list->reserve(list, children.size());
                     }
                     field.list->append(list)->parse(*child);
                     break;
