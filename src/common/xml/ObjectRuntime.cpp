@@ -336,6 +336,9 @@ void ObjectRuntime::writeJSON(const BaseObject& object, const TypeDescriptor& ty
 
 void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                               AutoPtr<JSONObject>& json) {
+    if (!json) {
+        return;
+    }
     const JSONObject& in = *json;
     for (const FieldDescriptor& field : type) {
         if (isAttributeKind(field.kind)) {
