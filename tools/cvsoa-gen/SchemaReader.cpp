@@ -6,6 +6,7 @@
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
 
+#include <cctype>
 #include <fstream>
 #include <map>
 #include <set>
@@ -110,6 +111,20 @@ void allowOnly(const Document& doc, const XMLNode& node,
 
 bool isAnnotation(const XMLNode& node) { return node.getName() == "annotation"; }
 
+// Type and field names become C++ names.
+const std::string& identifier(const Document& doc, const XMLNode& node) {
+    const std::string& name = node.getAttr("name");
+    bool valid = !name.empty() && std::isdigit(static_cast<unsigned char>(name[0])) == 0;
+    for (const char c : name) {
+        valid = valid && (std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_');
+    }
+    if (!valid) {
+        doc.refuse(node,
+                   "the name \"" + name + "\" is not supported (names must be C++ identifiers)");
+    }
+    return name;
+}
+
 void readElement(const Document& doc, const XMLNode& node, TypeModel& type) {
     allowOnly(doc, node, {"name", "type", "minOccurs", "maxOccurs", "form"});
     for (const XMLNode* child : node.getChildren()) {
@@ -121,7 +136,7 @@ void readElement(const Document& doc, const XMLNode& node, TypeModel& type) {
         doc.refuse(node, "an element without both name and type is not supported");
     }
     FieldModel field;
-    field.name = node.getAttr("name");
+    field.name = identifier(doc, node);
     field.type = doc.resolve(node, node.getAttr("type"));
     field.line = doc.line(node);
     const std::string& max = node.getAttr("maxOccurs");
@@ -145,7 +160,7 @@ void readAttribute(const Document& doc, const XMLNode& node, TypeModel& type) {
         doc.refuse(node, "an attribute without both name and type is not supported");
     }
     FieldModel field;
-    field.name = node.getAttr("name");
+    field.name = identifier(doc, node);
     field.type = doc.resolve(node, node.getAttr("type"));
     field.attribute = true;
     field.line = doc.line(node);
@@ -163,7 +178,7 @@ TypeModel readComplexType(const Document& doc, const XMLNode& node) {
         doc.refuse(node, "a complexType without a name is not supported");
     }
     TypeModel type;
-    type.name = node.getAttr("name");
+    type.name = identifier(doc, node);
     type.line = doc.line(node);
     for (const XMLNode* child : node.getChildren()) {
         const std::string& name = child->getName();

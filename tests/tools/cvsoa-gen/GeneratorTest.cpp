@@ -94,6 +94,9 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
         {"<xsd:import namespace='http://corvane.com/Schemas/None'/>",
          "3: no schema of the imported namespace http://corvane.com/Schemas/None was found: give "
          "its file or a directory with --import-dir"},
+        {"<xsd:complexType name='T'><xsd:attribute name='a-b' "
+         "type='xsd:string'/></xsd:complexType>",
+         "3: the name \"a-b\" is not supported (names must be C++ identifiers)"},
         {"<xsd:complexType name='T'><xsd:sequence><xsd:element name='e' type='bad:T'/>"
          "</xsd:sequence></xsd:complexType>",
          "3: namespace prefix \"bad\" is not declared"},
