@@ -18,6 +18,12 @@
 #include <sstream>
 #include <string>
 
+// The replaced global allocation functions below pair operator new with free by design; GCC
+// cannot see that once they are inlined.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+
 namespace {
 
 std::atomic<std::size_t> gAllocations{0};
