@@ -39,7 +39,7 @@ Outcome convert(const std::string& arguments, const std::string& input) {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
 }
 
-const std::string kFiles = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
+const char* const kFilesUri = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
 
 struct Case {
     const char* what;
@@ -50,6 +50,7 @@ struct Case {
 };
 
 TEST(ConvertCommand, ConvertsOrExplains) {
+    const std::string kFiles = kFilesUri;
     const std::string xml = "<ns0:TicketMap xmlns:ns0=\"" + kFiles +
                             "\" value=\"t\"><ns0:key uid=\"u\"/></ns0:TicketMap>";
     const std::string json =
@@ -90,6 +91,7 @@ TEST(ConvertCommand, ConvertsOrExplains) {
 }
 
 TEST(ConvertCommand, WritesTheOutputWholeOrNotAtAll) {
+    const std::string kFiles = kFilesUri;
     const fs::path out = fs::temp_directory_path() / "cvsoa-convert-test.json";
     fs::remove(out);
     EXPECT_EQ(convert("- -o " + out.string(), "<x:TicketMap xmlns:x=\"" + kFiles + "\"/>").status,
