@@ -17,7 +17,8 @@ endif()
 
 install(EXPORT CorvaneSoaTargets NAMESPACE Corvane:: DESTINATION ${cvsoa_cmake_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/CorvaneSoaConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake INSTALL_DESTINATION ${cvsoa_cmake_dir})
+  ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake INSTALL_DESTINATION ${cvsoa_cmake_dir}
+  PATH_VARS CMAKE_INSTALL_DATADIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/CorvaneSoaConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake ${PROJECT_BINARY_DIR}/CorvaneSoaConfigVersion.cmake
@@ -27,3 +28,10 @@ install(FILES ${PROJECT_BINARY_DIR}/CorvaneSoaConfig.cmake ${PROJECT_BINARY_DIR}
 file(RELATIVE_PATH CVSOA_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/corvane-soa.pc.in ${PROJECT_BINARY_DIR}/corvane-soa.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/corvane-soa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The generated types' headers and the generator that makes them, for users' own schemas.
+install(DIRECTORY ${CVSOA_GENERATED_DIR}/corvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.hpp")
+install(TARGETS cvsoa-gen EXPORT CorvaneSoaTargets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/SchemaCode.cmake DESTINATION ${cvsoa_cmake_dir})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/schemas/ DESTINATION ${CMAKE_INSTALL_DATADIR}/corvane-soa/schemas)

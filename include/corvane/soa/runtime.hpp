@@ -27,11 +27,19 @@
 #include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/FieldAccess.hpp>
+#include <corvane/soa/common/xml/FieldDescriptor.hpp>
+#include <corvane/soa/common/xml/FieldKind.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/common/xml/ListAccess.hpp>
+#include <corvane/soa/common/xml/ObjectList.hpp>
+#include <corvane/soa/common/xml/ObjectRuntime.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/StringStream.hpp>
 #include <corvane/soa/common/xml/TryingToCreateNullHandle.hpp>
+#include <corvane/soa/common/xml/TypeDescriptor.hpp>
+#include <corvane/soa/common/xml/TypeRegistry.hpp>
 #include <corvane/soa/common/xml/Utf8String.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
@@ -60,6 +68,7 @@
 #include <corvane/soa/internal/json/StringValue.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
+#include <corvane/soa/schemas.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ConnectionException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/Error.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>

@@ -3,28 +3,49 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 
+#include <mutex>
+#include <unordered_set>
+
 namespace Corvane::Soa::Common::Xml {
 
-BaseObject::BaseObject() = default;
+namespace {
 
-BaseObject::BaseObject(const char* ns) : m_namespace(ns), m_typeName("Unknown") {}
+// One copy of each identity text given as a `const char*`, kept for the life of the process:
+// objects of hand-written types share it instead of copying it. The table is never destroyed,
+// so that objects that outlive static destruction keep valid texts.
+const std::string* shared(const char* text) {
+    static std::mutex* const lock = new std::mutex;
+    static auto* const texts = new std::unordered_set<std::string>;
+    const std::lock_guard<std::mutex> guard(*lock);
+    return &*texts->emplace(text).first;
+}
+
+const std::string kEmpty;
+
+const std::string* unknown() {
+    static const std::string text = "Unknown";
+    return &text;
+}
+
+}  // namespace
+
+BaseObject::BaseObject() : m_namespace(&kEmpty), m_typeName(&kEmpty) {}
+
+BaseObject::BaseObject(const char* ns) : m_namespace(shared(ns)), m_typeName(unknown()) {}
 
 BaseObject::BaseObject(const char* ns, const char* typeName)
-    : m_namespace(ns), m_typeName(typeName) {}
+    : m_namespace(shared(ns)), m_typeName(shared(typeName)) {}
 
 // A copy carries the source's count over, as holders of copied objects expect.
 BaseObject::BaseObject(const BaseObject& other) = default;
 
 BaseObject& BaseObject::operator=(const BaseObject& other) {
-    if (m_namespace != other.m_namespace) {
+    if (this != &other) {
         m_namespace = other.m_namespace;
-    }
-    if (m_typeName != other.m_typeName) {
         m_typeName = other.m_typeName;
     }
     return *this;
 }
-
 BaseObject::~BaseObject() = default;
 
 void BaseObject::outputXML(XmlStream& stream, const std::string& elementName) const {
@@ -65,8 +86,8 @@ BaseObject* BaseObject::clone() const {
 
 std::string BaseObject::getQaulifiedName() const {
     std::string name;
-    name.reserve(m_namespace.size() + 1 + m_typeName.size());
-    name.append(m_namespace).append(1, '.').append(m_typeName);
+    name.reserve(m_namespace->size() + 1 + m_typeName->size());
+    name.append(*m_namespace).append(1, '.').append(*m_typeName);
     return name;
 }
 
@@ -78,7 +99,7 @@ bool BaseObject::outputXMLBase(XmlStream& stream, const std::string& elementName
         getNamespaces(namespaces);
         stream.addNamespaces(namespaces);
     }
-    stream.writeOpenElement(m_namespace, elementName);
+    stream.writeOpenElement(*m_namespace, elementName);
     return root;
 }
 

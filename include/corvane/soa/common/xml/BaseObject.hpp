@@ -68,8 +68,8 @@ public:
     /// The namespace URI, ".", the type name.
     std::string getQaulifiedName() const;
 
-    const std::string& getNamespace() const noexcept { return m_namespace; }
-    const std::string& getTypeName() const noexcept { return m_typeName; }
+    const std::string& getNamespace() const noexcept { return *m_namespace; }
+    const std::string& getTypeName() const noexcept { return *m_typeName; }
 
     CORVANE_SOA_ACCOUNTED_ALLOCATION("BaseObject")
 
@@ -77,6 +77,10 @@ protected:
     BaseObject();
     explicit BaseObject(const char* ns);
     BaseObject(const char* ns, const char* typeName);
+    /// Shares the two texts, which must live as long as the program (the static identity of a
+    /// generated type): constructing the object allocates nothing for its identity.
+    BaseObject(const std::string* ns, const std::string* typeName) noexcept
+        : m_namespace(ns), m_typeName(typeName) {}
 
     /// Begins this object's element: when it is the document's root, first declares every
     /// namespace its tree needs. Returns whether it was the root. The text is ignored.
@@ -94,8 +98,10 @@ private:
         }
     }
 
-    std::string m_namespace;
-    std::string m_typeName;
+    // Texts shared by every object of a type: a generated type's static ones, or the one copy
+    // that a process keeps of each text given to the `const char*` constructors.
+    const std::string* m_namespace;
+    const std::string* m_typeName;
     std::int32_t m_refCount = 0;
 };
 

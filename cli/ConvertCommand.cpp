@@ -1,0 +1,210 @@
+#include "CommandRegistry.hpp"
+
+#include <corvane/soa/common/exceptions/DomException.hpp>
+#include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/JsonStream.hpp>
+#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
+#include <corvane/soa/common/xml/TypeDescriptor.hpp>
+#include <corvane/soa/common/xml/TypeRegistry.hpp>
+#include <corvane/soa/common/xml/XMLNode.hpp>
+#include <corvane/soa/common/xml/XmlStream.hpp>
+#include <corvane/soa/common/xml/XmlText.hpp>
+#include <corvane/soa/common/xml/XmlUtil.hpp>
+#include <corvane/soa/internal/json/JSONException.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/Parser.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace cvsoa {
+
+namespace {
+
+namespace Xml = Corvane::Soa::Common::Xml;
+namespace Json = Corvane::Soa::Internal::Json;
+using Corvane::Soa::Common::AutoPtr;
+
+struct ConvertOptions {
+    std::string path;
+    std::string out;
+    std::string to;
+    std::string type;
+    bool check = false;
+};
+
+[[noreturn]] void fail(const std::string& message) {
+    std::cerr << message << '\n';
+    throw CLI::RuntimeError(1);
+}
+
+std::string readAll(const std::string& path) {
+    if (path == "-") {
+        return std::string(std::istreambuf_iterator<char>(std::cin),
+                           std::istreambuf_iterator<char>());
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        fail("cvsoa convert: " + path +
+             ": cannot be read; give an existing file, or - for standard input");
+    }
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) {
+        row[j] = j;
+    }
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] =
+                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// The registered type of that qualified name, or a failure naming the closest ones.
+AutoPtr<Xml::BaseObject> create(const std::string& path, const std::string& qualifiedName) {
+    AutoPtr<Xml::BaseObject> object = Xml::TypeRegistry::create(qualifiedName);
+    if (object) {
+        return object;
+    }
+    std::vector<std::string> names = Xml::TypeRegistry::names();
+    std::stable_sort(names.begin(), names.end(), [&](const std::string& a, const std::string& b) {
+        return distance(a, qualifiedName) < distance(b, qualifiedName);
+    });
+    std::string message = "cvsoa convert: " + path + ": no type is registered as \"" +
+                          qualifiedName + "\"; the closest are:";
+    for (std::size_t i = 0; i < names.size() && i < 3; ++i) {
+        message += "\n  " + names[i];
+    }
+    fail(message + "\nName one with --type.");
+}
+
+struct Document {
+    AutoPtr<Xml::BaseObject> object;
+    bool json;
+};
+
+// Finds the document's type (or takes the one given), builds it and binds the document to it.
+Document bindDocument(const std::string& path, const std::string& content,
+                      const std::string& type) {
+    const bool json = Xml::XmlUtil::isJSON(content);
+    try {
+        if (json) {
+            const AutoPtr<Json::JSONObject> root =
+                Json::Parser().parse(content).dynamicCast<Json::JSONObject>();
+            if (!root) {
+                fail("cvsoa convert: " + path + ": the JSON document is not an object");
+            }
+            const std::string name = !type.empty()                 ? type
+                                     : root->containsKey(".QName") ? root->getString(".QName")
+                                                                   : std::string();
+            if (name.empty()) {
+                fail("cvsoa convert: " + path +
+                     ": the document has no \".QName\"; name its type with --type");
+            }
+            AutoPtr<Xml::BaseObject> object = create(path, name);
+            object->parseJSON(root);
+            return {object, true};
+        }
+        Xml::SAXToNodeParser parser;
+        const Xml::XMLNode& root = *parser.parseString(content);
+        AutoPtr<Xml::BaseObject> object = create(
+            path, !type.empty() ? type : Xml::getRootNamespace(content) + "." + root.getName());
+        object->parse(root);
+        return {object, false};
+    } catch (const Corvane::Soa::Common::Exceptions::DomException& e) {
+        fail("cvsoa convert: " + path + ": " + e.getMessage());
+    } catch (const Json::JSONException& e) {
+        fail("cvsoa convert: " + path + ": " + e.getMessage());
+    }
+}
+
+std::string serialise(const Xml::BaseObject& object, bool json) {
+    if (json) {
+        std::ostringstream out;
+        Xml::JsonStream stream(&out);
+        object.writeJSON(&stream);
+        return out.str() + "\n";
+    }
+    Xml::XmlStream stream;
+    object.outputXML(stream);
+    std::string text = stream.str();
+    // The writer starts every element on a new line, the root too.
+    if (!text.empty() && text.front() == '\n') {
+        text.erase(0, 1);
+    }
+    return text + "\n";
+}
+
+void convert(const ConvertOptions& options) {
+    const std::string content = readAll(options.path);
+    const Document document = bindDocument(options.path, content, options.type);
+    const bool toJson = options.to.empty() ? !document.json : options.to == "json";
+    const std::string output = serialise(*document.object, toJson);
+    if (options.check) {
+        // Back from the converted text into the document's own form: the same document again?
+        const Document back =
+            bindDocument("(converted)", output, document.object->getQaulifiedName());
+        const bool same =
+            serialise(*back.object, document.json) == serialise(*document.object, document.json);
+        std::cerr << "round trip: " << (same ? "same document" : "the document differs") << '\n';
+        if (!same) {
+            throw CLI::RuntimeError(1);
+        }
+    }
+    if (options.out.empty() || options.out == "-") {
+        std::cout << output;
+        return;
+    }
+    // Written whole or not at all.
+    const std::string temporary = options.out + ".tmp";
+    {
+        std::ofstream file(temporary, std::ios::binary);
+        file << output;
+        if (!file) {
+            std::remove(temporary.c_str());
+            fail("cvsoa convert: " + options.out + ": cannot be written; check the directory");
+        }
+    }
+    if (std::rename(temporary.c_str(), options.out.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        fail("cvsoa convert: " + options.out + ": cannot be written; check the directory");
+    }
+}
+
+void addConvertCommand(CLI::App& app) {
+    auto options = std::make_shared<ConvertOptions>();
+    CLI::App* command = app.add_subcommand(
+        "convert",
+        "Bind an XML or JSON document to its generated type and write it in the other form");
+    command->add_option("file", options->path, "the document (- for standard input)")->required();
+    command->add_option("-o,--output", options->out, "where to write (standard output otherwise)");
+    command->add_option("--to", options->to, "the form to write (default: the other one)")
+        ->check(CLI::IsMember({"xml", "json"}));
+    command->add_option("--type", options->type,
+                        "the qualified type name (namespace.Name) instead of the document's own");
+    command->add_flag("--check", options->check,
+                      "convert back too and report whether the round trip gives the same document");
+    command->callback([options] { convert(*options); });
+}
+
+const CommandRegistration registration(45, addConvertCommand);
+
+}  // namespace
+
+}  // namespace cvsoa

@@ -1,0 +1,516 @@
+#include <corvane/soa/common/DateTime.hpp>
+#include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/FieldDescriptor.hpp>
+#include <corvane/soa/common/xml/JsonStream.hpp>
+#include <corvane/soa/common/xml/LexicalCast.hpp>
+#include <corvane/soa/common/xml/ListAccess.hpp>
+#include <corvane/soa/common/xml/ObjectRuntime.hpp>
+#include <corvane/soa/common/xml/TypeDescriptor.hpp>
+#include <corvane/soa/common/xml/XMLNode.hpp>
+#include <corvane/soa/common/xml/XmlStream.hpp>
+#include <corvane/soa/common/xml/XmlText.hpp>
+#include <corvane/soa/internal/json/JSONArray.hpp>
+#include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/StringValue.hpp>
+
+#include <vector>
+
+namespace Corvane::Soa::Common::Xml {
+
+using Internal::Json::JSONArray;
+using Internal::Json::JSONObject;
+using Internal::Json::Value;
+
+namespace {
+
+template <class T>
+T& at(const FieldDescriptor& field, const BaseObject& object) {
+    return *static_cast<T*>(field.member(object));
+}
+
+BaseObject& held(const FieldDescriptor& field, const BaseObject& object) {
+    return *static_cast<BaseObject*>(field.member(object));
+}
+
+bool isSet(const FieldDescriptor& field, const BaseObject& object) {
+    return field.flag == nullptr || *static_cast<bool*>(field.flag(object));
+}
+
+void markSet(const FieldDescriptor& field, const BaseObject& object) {
+    if (field.flag != nullptr) {
+        *static_cast<bool*>(field.flag(object)) = true;
+    }
+}
+
+const FieldDescriptor* find(const TypeDescriptor& type, const char* name) {
+    for (const FieldDescriptor& field : type) {
+        if (field.name == name) {
+            return &field;
+        }
+    }
+    return nullptr;
+}
+
+// The uid of a model object reference: its type's text field "uid".
+std::string* uidOf(const FieldDescriptor& reference, const BaseObject& object) {
+    const FieldDescriptor* uid = find(reference.type(), "uid");
+    return uid == nullptr ? nullptr : &at<std::string>(*uid, held(reference, object));
+}
+
+std::string attributeText(const FieldDescriptor& field, const BaseObject& object,
+                          Utf8String* transcoder) {
+    switch (field.kind) {
+        case FieldKind::Text:
+            return toXmlString(at<std::string>(field, object), transcoder);
+        case FieldKind::Boolean:
+            return lexical_cast<std::string, bool>(at<bool>(field, object));
+        case FieldKind::Integer:
+            return lexical_cast<std::string, int>(at<int>(field, object));
+        case FieldKind::Float:
+            return lexical_cast<std::string, float>(at<float>(field, object));
+        case FieldKind::Double:
+            return lexical_cast<std::string, double>(at<double>(field, object));
+        default:
+            return lexical_cast<std::string, DateTime>(at<DateTime>(field, object));
+    }
+}
+
+void readAttribute(const FieldDescriptor& field, const BaseObject& object,
+                   const std::string& text) {
+    switch (field.kind) {
+        case FieldKind::Text:
+            at<std::string>(field, object) = text;
+            break;
+        case FieldKind::Boolean:
+            at<bool>(field, object) = lexical_cast<bool, std::string>(text);
+            break;
+        case FieldKind::Integer:
+            at<int>(field, object) = lexical_cast<int, std::string>(text);
+            break;
+        case FieldKind::Float:
+            at<float>(field, object) = lexical_cast<float, std::string>(text);
+            break;
+        case FieldKind::Double:
+            at<double>(field, object) = lexical_cast<double, std::string>(text);
+            break;
+        default:
+            at<DateTime>(field, object) = lexical_cast<DateTime, std::string>(text);
+            break;
+    }
+}
+
+void writeJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
+                        JsonStream* stream) {
+    const bool present = isSet(field, object);
+    switch (field.kind) {
+        case FieldKind::Text:
+            stream->writeAttribute(field.name, at<std::string>(field, object), present);
+            break;
+        case FieldKind::Boolean:
+            stream->writeAttribute(field.name, at<bool>(field, object), present);
+            break;
+        case FieldKind::Integer:
+            stream->writeAttribute(field.name, at<int>(field, object), present);
+            break;
+        case FieldKind::Float:
+            stream->writeAttribute(field.name, at<float>(field, object), present);
+            break;
+        case FieldKind::Double:
+            stream->writeAttribute(field.name, at<double>(field, object), present);
+            break;
+        default:
+            stream->writeAttribute(field.name, at<DateTime>(field, object), present);
+            break;
+    }
+}
+
+void readJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
+                       const JSONObject& json) {
+    switch (field.kind) {
+        case FieldKind::Text:
+            at<std::string>(field, object) = json.getString(field.name);
+            break;
+        case FieldKind::Boolean:
+            at<bool>(field, object) = json.getBoolean(field.name);
+            break;
+        case FieldKind::Integer:
+            at<int>(field, object) = json.getInteger(field.name);
+            break;
+        case FieldKind::Float:
+            at<float>(field, object) = static_cast<float>(json.getDouble(field.name));
+            break;
+        case FieldKind::Double:
+            at<double>(field, object) = json.getDouble(field.name);
+            break;
+        default:
+            at<DateTime>(field, object) = json.getDate(field.name);
+            break;
+    }
+}
+
+// A list of structures whose elements are map entries is written and read as a JSON object.
+bool isMap(const FieldDescriptor& field) {
+    return field.kind == FieldKind::StructureList && field.type().mapEntry;
+}
+
+}  // namespace
+
+void ObjectRuntime::outputXML(const BaseObject& object, const TypeDescriptor& type,
+                              XmlStream& stream, const std::string& elementName) {
+    const std::string& ns = *type.namespaceUri;
+    if (stream.isRootElement()) {
+        std::set<std::string> namespaces;
+        object.getNamespaces(namespaces);
+        stream.addNamespaces(namespaces);
+    }
+    stream.writeOpenElement(ns, elementName);
+    bool hasElements = false;
+    for (const FieldDescriptor& field : type) {
+        if (!isAttributeKind(field.kind)) {
+            hasElements = true;
+        } else if (isSet(field, object)) {
+            stream.writeAttribute(field.name,
+                                  attributeText(field, object, stream.getUtf8Transcoder()));
+        }
+    }
+    if (!hasElements) {
+        stream.writeOpenElementClose(ns, true);
+        return;
+    }
+    stream.writeOpenElementClose(ns, false);
+    const std::string prefix = stream.getNamespacePrefix(ns) + ":";
+    for (const FieldDescriptor& field : type) {
+        switch (field.kind) {
+            case FieldKind::Structure:
+            case FieldKind::Reference:
+                if (isSet(field, object)) {
+                    held(field, object).outputXML(stream, prefix + field.name);
+                }
+                break;
+            case FieldKind::ServiceData:
+                held(field, object).outputXML(stream, "ServiceData");
+                break;
+            case FieldKind::StructureList: {
+                const void* list = field.member(object);
+                const std::size_t size = field.list->size(list);
+                if (size != 0) {
+                    const std::string name = prefix + field.name;
+                    for (std::size_t i = 0; i < size; ++i) {
+                        field.list->at(list, i)->outputXML(stream, name);
+                    }
+                }
+                break;
+            }
+            case FieldKind::TextList: {
+                const std::string tag = prefix + field.name + ">";
+                for (const std::string& text : at<std::vector<std::string>>(field, object)) {
+                    stream << "<" << tag << toXmlString(text, stream.getUtf8Transcoder()) << "</"
+                           << tag;
+                }
+                break;
+            }
+            case FieldKind::TextElement:
+                stream.writeOpenElement(ns, field.name);
+                stream.writeOpenElementClose(ns, false);
+                stream << "<![CDATA[" << at<std::string>(field, object) << "]]>";
+                stream.writeCloseElement(ns, field.name);
+                break;
+            default:
+                break;
+        }
+    }
+    stream.writeCloseElement(ns, elementName);
+}
+
+void ObjectRuntime::parse(BaseObject& object, const TypeDescriptor& type, const XMLNode& node) {
+    bool hasElements = false;
+    for (const FieldDescriptor& field : type) {
+        if (!isAttributeKind(field.kind)) {
+            hasElements = true;
+        } else if (field.flag == nullptr) {
+            readAttribute(field, object, node.getAttr(field.name));
+        } else if (node.existsAttr(field.name)) {
+            readAttribute(field, object, node.getAttr(field.name));
+            markSet(field, object);
+        }
+    }
+    if (!hasElements) {
+        return;
+    }
+    const std::vector<XMLNode*>& children = node.getChildren();
+    for (const XMLNode* child : children) {
+        const std::string& name = child->getName();
+        for (const FieldDescriptor& field : type) {
+            if (isAttributeKind(field.kind) || field.name != name) {
+                continue;
+            }
+            switch (field.kind) {
+                case FieldKind::StructureList: {
+                    // Room for every child at the first one: one allocation for the whole run.
+                    void* list = field.member(object);
+                    if (field.list->size(list) == 0) {
+                        field.list->reserve(list, children.size());
+                    }
+                    field.list->append(list)->parse(*child);
+                    break;
+                }
+                case FieldKind::TextList:
+                    at<std::vector<std::string>>(field, object).push_back(child->getText());
+                    break;
+                case FieldKind::TextElement:
+                    at<std::string>(field, object) = child->getText();
+                    break;
+                default:
+                    held(field, object).parse(*child);
+                    markSet(field, object);
+                    break;
+            }
+            break;
+        }
+    }
+}
+
+void ObjectRuntime::getNamespaces(const BaseObject& object, const TypeDescriptor& type,
+                                  std::set<std::string>& namespaces) {
+    namespaces.insert(*type.namespaceUri);
+    for (const FieldDescriptor& field : type) {
+        switch (field.kind) {
+            case FieldKind::Structure:
+            case FieldKind::Reference:
+            case FieldKind::ServiceData:
+                held(field, object).getNamespaces(namespaces);
+                break;
+            case FieldKind::StructureList: {
+                const void* list = field.member(object);
+                const std::size_t size = field.list->size(list);
+                for (std::size_t i = 0; i < size; ++i) {
+                    field.list->at(list, i)->getNamespaces(namespaces);
+                }
+                break;
+            }
+            default:
+                break;
+        }
+    }
+}
+
+void ObjectRuntime::writeJSON(const BaseObject& object, const TypeDescriptor& type,
+                              JsonStream* stream) {
+    stream->writeObjectOpen(type.qualifiedName);
+    for (const FieldDescriptor& field : type) {
+        if (isAttributeKind(field.kind)) {
+            writeJSONAttribute(field, object, stream);
+        }
+    }
+    for (const FieldDescriptor& field : type) {
+        switch (field.kind) {
+            case FieldKind::Structure:
+            case FieldKind::Reference:
+            case FieldKind::ServiceData:
+                stream->writeKey(field.name);
+                held(field, object).writeJSON(stream);
+                break;
+            case FieldKind::StructureList: {
+                const void* list = field.member(object);
+                const std::size_t size = field.list->size(list);
+                std::vector<BaseObject*> items;
+                items.reserve(size);
+                for (std::size_t i = 0; i < size; ++i) {
+                    items.push_back(field.list->at(list, i));
+                }
+                stream->writeVector(items, field.name);
+                break;
+            }
+            case FieldKind::TextList:
+                stream->writeVector(at<std::vector<std::string>>(field, object), field.name);
+                break;
+            case FieldKind::TextElement:
+                stream->writeAttribute(field.name, at<std::string>(field, object), true);
+                break;
+            default:
+                break;
+        }
+    }
+    stream->writeObjectClose();
+}
+
+void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
+                              AutoPtr<JSONObject>& json) {
+    if (!json) {
+        return;
+    }
+    const JSONObject& in = *json;
+    for (const FieldDescriptor& field : type) {
+        if (isAttributeKind(field.kind)) {
+            if (field.flag == nullptr) {
+                readJSONAttribute(field, object, in);
+            } else if (in.containsKey(field.name)) {
+                readJSONAttribute(field, object, in);
+                markSet(field, object);
+            }
+            continue;
+        }
+        switch (field.kind) {
+            case FieldKind::Reference:
+                if (field.flag != nullptr && !in.containsKey(field.name)) {
+                    break;
+                }
+                if (in.getValueType(field.name) == Value::STRING) {
+                    if (std::string* uid = uidOf(field, object)) {
+                        *uid = in.getString(field.name);
+                    }
+                } else {
+                    held(field, object).parseJSON(in.getJSONObject(field.name));
+                }
+                markSet(field, object);
+                break;
+            case FieldKind::Structure:
+            case FieldKind::ServiceData:
+                if (field.flag != nullptr && !in.containsKey(field.name)) {
+                    break;
+                }
+                held(field, object).parseJSON(in.getJSONObject(field.name));
+                markSet(field, object);
+                break;
+            case FieldKind::StructureList: {
+                if (!in.containsKey(field.name)) {
+                    break;
+                }
+                void* list = field.member(object);
+                if (isMap(field)) {
+                    const AutoPtr<JSONObject> map = in.getJSONObject(field.name);
+                    const std::vector<std::string> keys = map->getKeys();
+                    field.list->reserve(list, field.list->size(list) + keys.size());
+                    for (const std::string& key : keys) {
+                        field.list->append(list)->parseSimpleJSONMapEntry(key, map);
+                    }
+                } else {
+                    const AutoPtr<JSONArray> array = in.getJSONArray(field.name);
+                    const std::size_t size = array->size();
+                    field.list->reserve(list, field.list->size(list) + size);
+                    for (std::size_t i = 0; i < size; ++i) {
+                        field.list->append(list)->parseJSON(array->getJSONObject(i));
+                    }
+                }
+                break;
+            }
+            case FieldKind::TextList: {
+                if (!in.containsKey(field.name)) {
+                    break;
+                }
+                const AutoPtr<JSONArray> array = in.getJSONArray(field.name);
+                auto& texts = at<std::vector<std::string>>(field, object);
+                texts.reserve(texts.size() + array->size());
+                for (std::size_t i = 0; i < array->size(); ++i) {
+                    texts.push_back(array->getString(i));
+                }
+                break;
+            }
+            case FieldKind::TextElement:
+                at<std::string>(field, object) = in.getString(field.name);
+                break;
+            default:
+                break;
+        }
+    }
+    json = nullptr;
+}
+
+bool ObjectRuntime::isJsonMapKeyReferenceType(const TypeDescriptor& type) {
+    const FieldDescriptor* key = find(type, "key");
+    return key != nullptr && key->kind == FieldKind::Reference;
+}
+
+void ObjectRuntime::writeJSONKey(const BaseObject& object, const TypeDescriptor& type,
+                                 JsonStream* stream) {
+    const FieldDescriptor* key = find(type, "key");
+    if (key == nullptr) {
+        return;
+    }
+    if (key->kind == FieldKind::Reference) {
+        const std::string* uid = uidOf(*key, object);
+        stream->writeValue(uid == nullptr ? std::string() : *uid);
+    } else if (key->kind == FieldKind::Text) {
+        stream->writeValue(at<std::string>(*key, object));
+    }
+}
+
+void ObjectRuntime::writeJSONValue(const BaseObject& object, const TypeDescriptor& type,
+                                   JsonStream* stream) {
+    const FieldDescriptor* value = find(type, "value");
+    if (value == nullptr) {
+        return;
+    }
+    switch (value->kind) {
+        case FieldKind::Text:
+            stream->writeValue(at<std::string>(*value, object));
+            break;
+        case FieldKind::Structure:
+        case FieldKind::Reference:
+            stream->writeValue(held(*value, object));
+            break;
+        case FieldKind::StructureList: {
+            const void* list = value->member(object);
+            stream->writeArrayOpen();
+            for (std::size_t i = 0; i < value->list->size(list); ++i) {
+                stream->writeValue(*value->list->at(list, i));
+            }
+            stream->writeArrayClose();
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void ObjectRuntime::parseSimpleJSONMapEntry(BaseObject& object, const TypeDescriptor& type,
+                                            const std::string& key) {
+    const FieldDescriptor* field = find(type, "key");
+    if (field == nullptr) {
+        return;
+    }
+    if (field->kind == FieldKind::Reference) {
+        if (std::string* uid = uidOf(*field, object)) {
+            *uid = key;
+        }
+    } else if (field->kind == FieldKind::Text) {
+        at<std::string>(*field, object) = key;
+    }
+}
+
+void ObjectRuntime::parseComplexJSONMapKey(BaseObject& object, const TypeDescriptor& type,
+                                           const AutoPtr<Value>& key) {
+    const FieldDescriptor* field = find(type, "key");
+    if (field == nullptr || key.get() == nullptr) {
+        return;
+    }
+    if (key->getType() == Value::STRING) {
+        parseSimpleJSONMapEntry(object, type,
+                                static_cast<const Internal::Json::StringValue&>(*key).getValue());
+    } else if (key->getType() == Value::OBJECT && field->kind != FieldKind::Text) {
+        held(*field, object).parseJSON(AutoPtr<JSONObject>(static_cast<JSONObject*>(key.get())));
+    }
+}
+
+void ObjectRuntime::parseComplexJSONMapValue(BaseObject& object, const TypeDescriptor& type,
+                                             const AutoPtr<Value>& value) {
+    const FieldDescriptor* field = find(type, "value");
+    if (field == nullptr || value.get() == nullptr) {
+        return;
+    }
+    if (field->kind == FieldKind::Text && value->getType() == Value::STRING) {
+        at<std::string>(*field, object) =
+            static_cast<const Internal::Json::StringValue&>(*value).getValue();
+    } else if (field->kind == FieldKind::StructureList && value->getType() == Value::ARRAY) {
+        const auto& array = static_cast<const JSONArray&>(*value);
+        void* list = field->member(object);
+        for (std::size_t i = 0; i < array.size(); ++i) {
+            field->list->append(list)->parseJSON(array.getJSONObject(i));
+        }
+    } else if ((field->kind == FieldKind::Structure || field->kind == FieldKind::Reference) &&
+               value->getType() == Value::OBJECT) {
+        held(*field, object).parseJSON(AutoPtr<JSONObject>(static_cast<JSONObject*>(value.get())));
+    }
+}
+
+}  // namespace Corvane::Soa::Common::Xml

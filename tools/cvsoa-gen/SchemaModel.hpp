@@ -1,0 +1,72 @@
+#ifndef CVSOA_GEN_SCHEMAMODEL_HPP
+#define CVSOA_GEN_SCHEMAMODEL_HPP
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Corvane::Soa::Gen {
+
+/// A refusal of the input: "file:line: what", or "file: what" without a line.
+class GeneratorError : public std::runtime_error {
+public:
+    GeneratorError(const std::string& file, int line, const std::string& what)
+        : std::runtime_error(file + (line > 0 ? ":" + std::to_string(line) : std::string()) + ": " +
+                             what) {}
+};
+
+/// A name in a namespace, as a schema's QName resolves to.
+struct QualifiedName {
+    std::string ns;
+    std::string local;
+};
+
+/// How a field travels; the names match the runtime's `FieldKind`.
+enum class Kind {
+    Text,
+    Boolean,
+    Integer,
+    Float,
+    Double,
+    DateTime,
+    Structure,
+    Reference,
+    ServiceData,
+    StructureList,
+    TextList,
+    TextElement
+};
+
+struct FieldModel {
+    std::string name;
+    QualifiedName type;
+    bool attribute = false;
+    bool list = false;
+    bool optional = false;  // attribute without use="required", or element with minOccurs="0"
+    int line = 0;
+    Kind kind = Kind::Text;  // decided once every schema is read
+};
+
+struct TypeModel {
+    std::string name;
+    std::vector<FieldModel> fields;
+    int line = 0;
+    bool mapEntry = false;
+};
+
+/// One schema file: its target namespace, the namespaces it imports and its types.
+struct SchemaModel {
+    std::string file;
+    std::string ns;
+    struct Import {
+        std::string ns;
+        std::string location;
+        int line;
+    };
+    std::vector<Import> imports;
+    std::vector<TypeModel> types;
+};
+
+}  // namespace Corvane::Soa::Gen
+
+#endif

@@ -1,0 +1,155 @@
+#include "SchemaSet.hpp"
+
+#include "SchemaReader.hpp"
+
+#include <filesystem>
+
+namespace Corvane::Soa::Gen {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const kXsd = "http://www.w3.org/2001/XMLSchema";
+
+bool endsWith(const std::string& text, const std::string& end) {
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// The Base schema's model object and service data have field kinds of their own.
+bool isBase(const QualifiedName& name, const char* local) {
+    return endsWith(name.ns, "/Schemas/Soa/2006-03/Base") && name.local == local;
+}
+
+}  // namespace
+
+SchemaSet::SchemaSet(const std::vector<std::string>& files,
+                     const std::vector<std::string>& importDirs)
+    : m_importDirs(importDirs) {
+    for (const std::string& file : files) {
+        m_given.push_back(load(file).ns);
+    }
+    for (auto& entry : m_byFile) {
+        resolve(entry.second);
+    }
+}
+
+std::vector<std::string> SchemaSet::files() const {
+    std::vector<std::string> result;
+    for (const auto& entry : m_byFile) {
+        result.push_back(entry.first);
+    }
+    return result;
+}
+
+const SchemaModel& SchemaSet::load(const std::string& file) {
+    const std::string path = fs::weakly_canonical(file).string();
+    const auto known = m_byFile.find(path);
+    if (known != m_byFile.end()) {
+        return known->second;
+    }
+    SchemaModel& schema = m_byFile[path] = SchemaReader::read(file);
+    const auto [at, added] = m_byNamespace.emplace(schema.ns, &schema);
+    if (!added) {
+        throw GeneratorError(
+            file, 0,
+            "declares the namespace " + schema.ns + " that " + at->second->file + " declares too");
+    }
+    for (const SchemaModel::Import& import : schema.imports) {
+        if (m_byNamespace.count(import.ns) != 0) {
+            continue;
+        }
+        if (!import.location.empty()) {
+            const fs::path location = fs::path(file).parent_path() / import.location;
+            if (!fs::exists(location)) {
+                throw GeneratorError(
+                    file, import.line,
+                    "the imported schema " + location.string() + " does not exist");
+            }
+            load(location.string());
+            continue;
+        }
+        const std::string found = findNamespace(import.ns);
+        if (found.empty()) {
+            throw GeneratorError(file, import.line,
+                                 "no schema of the imported namespace " + import.ns +
+                                     " was found: give its file or a directory with --import-dir");
+        }
+        load(found);
+    }
+    return schema;
+}
+
+std::string SchemaSet::findNamespace(const std::string& ns) {
+    if (!m_scanned) {
+        m_scanned = true;
+        for (const std::string& dir : m_importDirs) {
+            if (!fs::is_directory(dir)) {
+                continue;
+            }
+            for (const auto& entry : fs::recursive_directory_iterator(dir)) {
+                if (entry.is_regular_file() && entry.path().extension() == ".xsd") {
+                    m_candidates.emplace(SchemaReader::targetNamespace(entry.path().string()),
+                                         entry.path().string());
+                }
+            }
+        }
+    }
+    const auto found = m_candidates.find(ns);
+    return found == m_candidates.end() ? std::string() : found->second;
+}
+
+void SchemaSet::resolve(SchemaModel& schema) {
+    for (TypeModel& type : schema.types) {
+        for (FieldModel& field : type.fields) {
+            const auto fail = [&](const std::string& what) {
+                throw GeneratorError(schema.file, field.line, what);
+            };
+            if (field.type.ns == kXsd) {
+                static const std::map<std::string, Kind> scalars = {
+                    {"string", Kind::Text},   {"boolean", Kind::Boolean},
+                    {"int", Kind::Integer},   {"float", Kind::Float},
+                    {"double", Kind::Double}, {"dateTime", Kind::DateTime}};
+                const auto scalar = scalars.find(field.type.local);
+                if (scalar == scalars.end()) {
+                    fail("the type xsd:" + field.type.local + " is not supported");
+                }
+                if (field.attribute) {
+                    field.kind = scalar->second;
+                } else if (scalar->second != Kind::Text) {
+                    fail("an element of type xsd:" + field.type.local +
+                         " is not supported (make it an attribute)");
+                } else {
+                    field.kind = field.list ? Kind::TextList : Kind::TextElement;
+                }
+                continue;
+            }
+            if (field.attribute) {
+                fail("an attribute of type " + field.type.local + " is not supported");
+            }
+            const auto owner = m_byNamespace.find(field.type.ns);
+            bool declared = false;
+            if (owner != m_byNamespace.end()) {
+                for (const TypeModel& candidate : owner->second->types) {
+                    declared = declared || candidate.name == field.type.local;
+                }
+            }
+            if (!declared) {
+                fail("the type {" + field.type.ns + "}" + field.type.local +
+                     " is not declared in any schema read (is its schema imported?)");
+            }
+            if (field.list) {
+                field.kind = Kind::StructureList;
+            } else if (isBase(field.type, "ModelObject")) {
+                field.kind = Kind::Reference;
+            } else if (isBase(field.type, "ServiceData")) {
+                field.kind = Kind::ServiceData;
+            } else {
+                field.kind = Kind::Structure;
+            }
+        }
+    }
+}
+
+}  // namespace Corvane::Soa::Gen
