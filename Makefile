@@ -20,7 +20,8 @@ demo: build
 test: build
 	ctest --preset default
 
-bench: deps
+bench:
+	@scripts/install-deps bench
 	$(CMAKE) --preset release
 	$(CMAKE) --build --preset release
 	@scripts/run-benchmarks build/release

@@ -1,0 +1,58 @@
+// CodeSynthesis XSD (C++/Tree over Xerces-C) bound to FileManagement.xsd at build time.
+#include "BindingPeer.hpp"
+
+#include <FileManagement.hxx>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include <sstream>
+
+namespace cvsoa::bench {
+namespace {
+
+class XsdPeer : public BindingPeer {
+public:
+    XsdPeer() { ::xercesc::XMLPlatformUtils::Initialize(); }
+    ~XsdPeer() override {
+        m_response.reset();
+        ::xercesc::XMLPlatformUtils::Terminate();
+    }
+    XsdPeer(const XsdPeer&) = delete;
+    XsdPeer& operator=(const XsdPeer&) = delete;
+
+    void read(const std::string& text) override {
+        m_response.reset();
+        ::xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
+                                            text.size(), "document");
+        m_response = ::peer_xsd::files::FileTicketsResponse_(
+            source, ::xml_schema::flags::dont_validate | ::xml_schema::flags::dont_initialize);
+    }
+
+    std::string write() const override {
+        ::xml_schema::namespace_infomap map;
+        map["ns0"].name = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
+        map["ns1"].name = "http://corvane.com/Schemas/Soa/2006-03/Base";
+        std::ostringstream out;
+        ::peer_xsd::files::FileTicketsResponse_(
+            out, *m_response, map, "UTF-8",
+            ::xml_schema::flags::dont_initialize | ::xml_schema::flags::dont_pretty_print);
+        return out.str();
+    }
+
+    BindingSummary summary(bool withValues) const override {
+        BindingSummary result;
+        for (const auto& ticket : m_response->tickets()) {
+            result.add(ticket.key().uid(), withValues ? &ticket.value() : nullptr);
+        }
+        return result;
+    }
+
+private:
+    std::unique_ptr<::peer_xsd::files::FileTicketsResponse> m_response;
+};
+
+}  // namespace
+
+std::unique_ptr<BindingPeer> makeXsdPeer() { return std::make_unique<XsdPeer>(); }
+
+}  // namespace cvsoa::bench
