@@ -17,7 +17,7 @@
 namespace Corvane::Soa::Common::Xml {
 
 #if defined(__SSE2__) && (defined(__GNUC__) || defined(__clang__))
-#define CORVANE_SOA_WHOLE_BLOCK_READS __attribute__((no_sanitize_address))
+#define CORVANE_SOA_WHOLE_BLOCK_READS __attribute__((no_sanitize_address, no_sanitize_thread))
 #endif
 
 class AsciiText {
@@ -26,7 +26,7 @@ public:
 #if defined(CORVANE_SOA_WHOLE_BLOCK_READS)
     // Reads whole aligned 16-byte blocks, as the C library's strlen does: a block that holds a
     // unit of the text lies within the same page, so reading the rest of it cannot fault, but
-    // the address sanitizer would see the bytes after the end.
+    // the address and thread sanitizers would see the bytes after the end.
     CORVANE_SOA_WHOLE_BLOCK_READS
 #endif
     static std::size_t length(const char16_t* text) noexcept {
