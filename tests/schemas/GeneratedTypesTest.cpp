@@ -10,6 +10,8 @@
 #include <corvane/soa/internal/json/Parser.hpp>
 #include <corvane/soa/schemas.hpp>
 
+#include "WireForms.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,12 +22,7 @@ namespace {
 
 using Corvane::Soa::Common::AutoPtr;
 using Corvane::Soa::Common::Xml::BaseObject;
-using Corvane::Soa::Common::Xml::JsonStream;
-using Corvane::Soa::Common::Xml::SAXToNodeParser;
 using Corvane::Soa::Common::Xml::TypeRegistry;
-using Corvane::Soa::Common::Xml::XmlStream;
-using Corvane::Soa::Internal::Json::JSONObject;
-using Corvane::Soa::Internal::Json::Parser;
 namespace Base = Corvane::Schemas::Soa::_2006_03::Base;
 namespace Session = Corvane::Schemas::Core::_2006_03::Session;
 namespace Files = Corvane::Schemas::Core::_2006_03::Filemanagement;
@@ -33,33 +30,10 @@ namespace InternalFiles = Corvane::Schemas::Internal::Core::_2008_06::Filemanage
 namespace Session11 = Corvane::Schemas::Core::_2011_06::Session;
 namespace Context = Corvane::Schemas::Soa::_2006_09::Clientcontext;
 
-std::string xmlOf(const BaseObject& object) {
-    XmlStream stream;
-    object.outputXML(stream);
-    return stream.str();
-}
-
-std::string jsonOf(const BaseObject& object) {
-    std::ostringstream out;
-    JsonStream stream(&out);
-    object.writeJSON(&stream);
-    return out.str();
-}
-
-template <class T>
-AutoPtr<T> fromXml(const std::string& xml) {
-    SAXToNodeParser parser;
-    AutoPtr<T> object(new T);
-    object->parse(*parser.parseString(xml));
-    return object;
-}
-
-template <class T>
-AutoPtr<T> fromJson(const std::string& json) {
-    AutoPtr<T> object(new T);
-    object->parseJSON(Parser().parse(json).dynamicCast<JSONObject>());
-    return object;
-}
+using WireForms::fromJson;
+using WireForms::fromXml;
+using WireForms::jsonOf;
+using WireForms::xmlOf;
 
 AutoPtr<Files::TicketMap> ticket(const std::string& uid, const std::string& value) {
     AutoPtr<Files::TicketMap> entry(new Files::TicketMap);

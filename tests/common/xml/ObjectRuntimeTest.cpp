@@ -9,6 +9,8 @@
 #include <corvane/soa/internal/json/Parser.hpp>
 #include <corvane/soa/schemas/Test/_2026_01/Fieldkinds.hpp>
 
+#include "WireForms.hpp"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -22,39 +24,11 @@ using Corvane::Schemas::Test::_2026_01::Fieldkinds::Holder;
 using Corvane::Schemas::Test::_2026_01::Fieldkinds::Scalars;
 using Corvane::Soa::Common::AutoPtr;
 using Corvane::Soa::Common::Xml::BaseObject;
-using Corvane::Soa::Common::Xml::JsonStream;
-using Corvane::Soa::Common::Xml::SAXToNodeParser;
-using Corvane::Soa::Common::Xml::XmlStream;
-using Corvane::Soa::Internal::Json::JSONObject;
-using Corvane::Soa::Internal::Json::Parser;
 
-std::string xmlOf(const BaseObject& object) {
-    XmlStream stream;
-    object.outputXML(stream);
-    return stream.str();
-}
-
-std::string jsonOf(const BaseObject& object) {
-    std::ostringstream out;
-    JsonStream stream(&out);
-    object.writeJSON(&stream);
-    return out.str();
-}
-
-template <class T>
-AutoPtr<T> fromXml(const std::string& xml) {
-    SAXToNodeParser parser;
-    AutoPtr<T> object(new T);
-    object->parse(*parser.parseString(xml));
-    return object;
-}
-
-template <class T>
-AutoPtr<T> fromJson(const std::string& json) {
-    AutoPtr<T> object(new T);
-    object->parseJSON(Parser().parse(json).dynamicCast<JSONObject>());
-    return object;
-}
+using WireForms::fromJson;
+using WireForms::fromXml;
+using WireForms::jsonOf;
+using WireForms::xmlOf;
 
 struct KindCase {
     const char* kind;
