@@ -1,6 +1,7 @@
 #ifndef CVSOA_GEN_SCHEMAMODEL_HPP
 #define CVSOA_GEN_SCHEMAMODEL_HPP
 
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -43,6 +44,7 @@ struct FieldModel {
     bool attribute = false;
     bool list = false;
     bool optional = false;  // attribute without use="required", or element with minOccurs="0"
+    bool byReference = false;  // declared with ref=: `type` names a top-level element until resolved
     int line = 0;
     Kind kind = Kind::Text;  // decided once every schema is read
 };
@@ -65,6 +67,8 @@ struct SchemaModel {
     };
     std::vector<Import> imports;
     std::vector<TypeModel> types;
+    /// Top-level element declarations: element name -> its type.
+    std::map<std::string, QualifiedName> elements;
 };
 
 }  // namespace Corvane::Soa::Gen

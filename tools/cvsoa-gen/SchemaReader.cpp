@@ -126,18 +126,27 @@ const std::string& identifier(const Document& doc, const XMLNode& node) {
 }
 
 void readElement(const Document& doc, const XMLNode& node, TypeModel& type) {
-    allowOnly(doc, node, {"name", "type", "minOccurs", "maxOccurs", "form"});
+    allowOnly(doc, node, {"name", "type", "ref", "minOccurs", "maxOccurs", "form"});
     for (const XMLNode* child : node.getChildren()) {
         if (!isAnnotation(*child)) {
             doc.refuse(*child, "an element's own " + child->getName() + " is not supported");
         }
     }
-    if (!node.existsAttr("name") || !node.existsAttr("type")) {
-        doc.refuse(node, "an element without both name and type is not supported");
-    }
     FieldModel field;
-    field.name = identifier(doc, node);
-    field.type = doc.resolve(node, node.getAttr("type"));
+    if (node.existsAttr("ref")) {
+        // A reference to a top-level element: the field takes that element's name and type.
+        if (node.existsAttr("name") || node.existsAttr("type")) {
+            doc.refuse(node, "an element with ref and a name or type is not supported");
+        }
+        field.type = doc.resolve(node, node.getAttr("ref"));
+        field.name = field.type.local;
+        field.byReference = true;
+    } else if (!node.existsAttr("name") || !node.existsAttr("type")) {
+        doc.refuse(node, "an element without both name and type (or a ref) is not supported");
+    } else {
+        field.name = identifier(doc, node);
+        field.type = doc.resolve(node, node.getAttr("type"));
+    }
     field.line = doc.line(node);
     const std::string& max = node.getAttr("maxOccurs");
     if (max == "unbounded") {
@@ -250,9 +259,12 @@ SchemaModel SchemaReader::read(const std::string& file) {
         } else if (name == "element") {
             // A top-level element names a document root; its type is declared as a complexType.
             allowOnly(doc, *child, {"name", "type"});
-            if (!child->getChildren().empty() && !isAnnotation(*child->getChildren().front())) {
+            if (!child->existsAttr("type") ||
+                (!child->getChildren().empty() && !isAnnotation(*child->getChildren().front()))) {
                 doc.refuse(*child, "an element with an anonymous type is not supported");
             }
+            schema.elements[identifier(doc, *child)] =
+                doc.resolve(*child, child->getAttr("type"));
         } else {
             doc.refuse(*child, name + " is not supported");
         }

@@ -81,6 +81,15 @@ const SchemaModel& SchemaSet::load(const std::string& file) {
     return schema;
 }
 
+const QualifiedName* SchemaSet::element(const QualifiedName& name) const {
+    const auto owner = m_byNamespace.find(name.ns);
+    if (owner == m_byNamespace.end()) {
+        return nullptr;
+    }
+    const auto found = owner->second->elements.find(name.local);
+    return found == owner->second->elements.end() ? nullptr : &found->second;
+}
+
 std::string SchemaSet::findNamespace(const std::string& ns) {
     if (!m_scanned) {
         m_scanned = true;
@@ -106,6 +115,15 @@ void SchemaSet::resolve(SchemaModel& schema) {
             const auto fail = [&](const std::string& what) {
                 throw GeneratorError(schema.file, field.line, what);
             };
+            if (field.byReference) {
+                const QualifiedName* declared = element(field.type);
+                if (declared == nullptr) {
+                    fail("the element {" + field.type.ns + "}" + field.type.local +
+                         " is not declared in any schema read (is its schema imported?)");
+                }
+                field.type = *declared;
+                field.byReference = false;
+            }
             if (field.type.ns == kXsd) {
                 static const std::map<std::string, Kind> scalars = {
                     {"string", Kind::Text},   {"boolean", Kind::Boolean},
@@ -148,6 +166,29 @@ void SchemaSet::resolve(SchemaModel& schema) {
             } else {
                 field.kind = Kind::Structure;
             }
+        }
+        if (type.mapEntry) {
+            checkMapEntry(schema, type);
+        }
+    }
+}
+
+void SchemaSet::checkMapEntry(const SchemaModel& schema, const TypeModel& type) {
+    // JSON writes a map as one object: each entry's key becomes a member name, so it must be
+    // a text or a reference's uid, and its value one JSON value.
+    for (const FieldModel& field : type.fields) {
+        const bool key = field.name == "key";
+        const bool supported =
+            key ? field.kind == Kind::Text || field.kind == Kind::Reference
+                : field.kind == Kind::Text || field.kind == Kind::Structure ||
+                      field.kind == Kind::Reference || field.kind == Kind::StructureList;
+        if (!supported) {
+            throw GeneratorError(
+                schema.file, field.line,
+                std::string("the map entry ") + type.name + " has a " + (key ? "key" : "value") +
+                    " of a kind that is not supported (a key is a text attribute or a model "
+                    "object; a value is a text attribute, a structure, a model object or a "
+                    "list of structures)");
         }
     }
 }

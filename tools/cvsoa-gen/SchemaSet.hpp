@@ -24,7 +24,10 @@ public:
 private:
     const SchemaModel& load(const std::string& file);
     void resolve(SchemaModel& schema);
+    static void checkMapEntry(const SchemaModel& schema, const TypeModel& type);
     std::string findNamespace(const std::string& ns);
+    /// The type of a top-level element, or null when no schema read declares it.
+    const QualifiedName* element(const QualifiedName& name) const;
 
     std::vector<std::string> m_importDirs;
     std::vector<std::string> m_given;  // namespaces of the given files, in order

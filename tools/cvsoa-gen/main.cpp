@@ -41,11 +41,15 @@ The schema subset:
   - named xsd:complexType holding an xsd:sequence of xsd:element and xsd:attribute.
   - xsd:attribute of xsd:string, boolean, int, float, double or dateTime: an attribute;
     use="required" is always written, otherwise it is written only when set.
+  - xsd:element ref="p:Name" of a top-level element declaration: a field named after that
+    element, of its type (the service data is <xsd:element ref="base:ServiceData"/>).
   - xsd:element of a complex type: a nested structure (minOccurs="0": written only when set);
     of Base ModelObject: a model object reference; of Base ServiceData: the service data
     (element "ServiceData"); maxOccurs="unbounded": a list of structures, or of texts for
     xsd:string; a single xsd:string element: a text written as CDATA.
-  - a type whose fields are exactly key and value is a map entry.
+  - a type whose fields are exactly key and value is a map entry: its key a text attribute or
+    a model object, its value a text attribute, a structure, a model object or a list of
+    structures.
 Anything else is refused with "file:line: <what> is not supported" and exit status 1; no
 file is written unless every schema is accepted.
 )";

@@ -74,7 +74,13 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
         {"<xsd:complexType name='T'><xsd:choice/></xsd:complexType>", "3: choice is not supported"},
         {"<xsd:complexType name='T'><xsd:sequence>\n<xsd:element ref='tns:X'/>"
          "</xsd:sequence></xsd:complexType>",
-         "4: attribute \"ref\" of element is not supported"},
+         "4: the element {http://corvane.com/Schemas/Test/2026-01/Gen}X is not declared in any "
+         "schema read (is its schema imported?)"},
+        {"<xsd:complexType name='M'><xsd:attribute name='key' type='xsd:string'/>\n"
+         "<xsd:attribute name='value' type='xsd:int'/></xsd:complexType>",
+         "4: the map entry M has a value of a kind that is not supported (a key is a text "
+         "attribute or a model object; a value is a text attribute, a structure, a model object "
+         "or a list of structures)"},
         {"<xsd:complexType name='T'><xsd:attribute name='a' type='xsd:decimal'/>"
          "</xsd:complexType>",
          "3: the type xsd:decimal is not supported"},
