@@ -3,6 +3,7 @@
 
 #include "SchemaSet.hpp"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,8 @@ public:
 
 private:
     std::string cppType(const FieldModel& field) const;
+    void members(std::ostream& out, const TypeModel& type) const;
+    static void wireOperations(std::ostream& out, const TypeModel& type);
     std::string classOf(const QualifiedName& name) const;
 
     const SchemaSet& m_schemas;

@@ -44,7 +44,8 @@ struct FieldModel {
     bool attribute = false;
     bool list = false;
     bool optional = false;  // attribute without use="required", or element with minOccurs="0"
-    bool byReference = false;  // declared with ref=: `type` names a top-level element until resolved
+    bool byReference =
+        false;  // declared with ref=: `type` names a top-level element until resolved
     int line = 0;
     Kind kind = Kind::Text;  // decided once every schema is read
 };
@@ -67,6 +68,10 @@ struct SchemaModel {
     };
     std::vector<Import> imports;
     std::vector<TypeModel> types;
+    /// The classes are written by hand (the generator writes their descriptors and
+    /// registers them); asked for by the schema's
+    /// <xsd:appinfo source="cvsoa-gen">hand-written classes</xsd:appinfo>.
+    bool handWritten = false;
     /// Top-level element declarations: element name -> its type.
     std::map<std::string, QualifiedName> elements;
 };

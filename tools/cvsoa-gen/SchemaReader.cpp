@@ -221,6 +221,21 @@ TypeModel readComplexType(const Document& doc, const XMLNode& node) {
     return type;
 }
 
+// The schema's own annotation may carry instructions to the generator.
+void readSchemaAnnotation(const Document& doc, const XMLNode& node, SchemaModel& schema) {
+    for (const XMLNode* child : node.getChildren()) {
+        if (child->getName() != "appinfo" || child->getAttr("source") != "cvsoa-gen") {
+            continue;
+        }
+        if (child->getText() != "hand-written classes") {
+            doc.refuse(*child, "the instruction \"" + child->getText() +
+                                   "\" is not supported (cvsoa-gen knows \"hand-written "
+                                   "classes\")");
+        }
+        schema.handWritten = true;
+    }
+}
+
 }  // namespace
 
 SchemaModel SchemaReader::read(const std::string& file) {
@@ -241,6 +256,7 @@ SchemaModel SchemaReader::read(const std::string& file) {
     for (const XMLNode* child : root.getChildren()) {
         const std::string& name = child->getName();
         if (isAnnotation(*child)) {
+            readSchemaAnnotation(doc, *child, schema);
             continue;
         }
         if (name == "import") {
@@ -263,8 +279,7 @@ SchemaModel SchemaReader::read(const std::string& file) {
                 (!child->getChildren().empty() && !isAnnotation(*child->getChildren().front()))) {
                 doc.refuse(*child, "an element with an anonymous type is not supported");
             }
-            schema.elements[identifier(doc, *child)] =
-                doc.resolve(*child, child->getAttr("type"));
+            schema.elements[identifier(doc, *child)] = doc.resolve(*child, child->getAttr("type"));
         } else {
             doc.refuse(*child, name + " is not supported");
         }

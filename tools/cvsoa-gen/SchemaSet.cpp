@@ -178,10 +178,10 @@ void SchemaSet::checkMapEntry(const SchemaModel& schema, const TypeModel& type) 
     // a text or a reference's uid, and its value one JSON value.
     for (const FieldModel& field : type.fields) {
         const bool key = field.name == "key";
-        const bool supported =
-            key ? field.kind == Kind::Text || field.kind == Kind::Reference
-                : field.kind == Kind::Text || field.kind == Kind::Structure ||
-                      field.kind == Kind::Reference || field.kind == Kind::StructureList;
+        const bool supported = key ? field.kind == Kind::Text || field.kind == Kind::Reference
+                                   : field.kind == Kind::Text || field.kind == Kind::Structure ||
+                                         field.kind == Kind::Reference ||
+                                         field.kind == Kind::StructureList;
         if (!supported) {
             throw GeneratorError(
                 schema.file, field.line,

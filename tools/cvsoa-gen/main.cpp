@@ -50,6 +50,10 @@ The schema subset:
   - a type whose fields are exactly key and value is a map entry: its key a text attribute or
     a model object, its value a text attribute, a structure, a model object or a list of
     structures.
+  - <xsd:appinfo source="cvsoa-gen">hand-written classes</xsd:appinfo> in the schema's own
+    annotation: the classes exist, one header each (<Service>/<Type>.hpp beside the
+    schema's header), holding members m_<field> and declaring a static typeDescriptor();
+    only their descriptors and their registration are written.
 Anything else is refused with "file:line: <what> is not supported" and exit status 1; no
 file is written unless every schema is accepted.
 )";

@@ -16,10 +16,6 @@ Error::Error(const Error& other) = default;
 Error& Error::operator=(const Error& other) = default;
 Error::~Error() = default;
 
-void Error::getNamespaces(std::set<std::string>& namespaces) const {
-    namespaces.insert(getNamespace());
-}
-
 Corvane::Soa::Common::Xml::BaseObject* Error::reallyClone() const { return new Error(*this); }
 
 }  // namespace Corvane::Schemas::Soa::_2006_03::Exceptions

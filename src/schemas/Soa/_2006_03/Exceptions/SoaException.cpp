@@ -9,11 +9,12 @@
 namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
 
 using Corvane::Soa::Common::Xml::BaseObject;
+SoaException::SoaException() : SoaException("SoaException") {}
 
 SoaException::SoaException(const char* typeName) : BaseObject(kNamespaceUri, typeName) {}
 
 SoaException::SoaException(const char* typeName, const std::string& message, int code, int level)
-    : BaseObject(kNamespaceUri, typeName) {
+    : SoaException(typeName) {
     addError(message, code, level);
 }
 
@@ -37,14 +38,10 @@ const char* SoaException::what() const noexcept {
     return m_errors.empty() ? "" : m_errors.front()->getMessage().c_str();
 }
 
-void SoaException::getNamespaces(std::set<std::string>& namespaces) const {
-    namespaces.insert(getNamespace());
-}
-
 BaseObject* SoaException::reallyClone() const { return new SoaException(*this); }
 
-// The exceptions built from one message, code and level differ only in their type name (a
-// class name, which parentheses would break).
+// The exceptions built from one message, code and level differ only in their type (a class
+// name, which parentheses would break).
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define CORVANE_SOA_MESSAGE_EXCEPTION(Name)                     \
     Name::Name() : SoaException(#Name) {}                       \
@@ -67,7 +64,7 @@ InvalidUserException::InvalidUserException() : SoaException("InvalidUserExceptio
 
 InvalidUserException::InvalidUserException(int code, int level, const std::string& message,
                                            const std::string& response)
-    : SoaException("InvalidUserException", message, code, level), m_response(response) {}
+    : SoaException("InvalidUserException", message, code, level), m_cvResponse(response) {}
 
 InvalidUserException::InvalidUserException(const InvalidUserException& other) = default;
 InvalidUserException& InvalidUserException::operator=(const InvalidUserException& other) = default;

@@ -1,8 +1,11 @@
 #ifndef CORVANE_SOA_SCHEMAS_SOA_2006_03_EXCEPTIONS_ERROR_HPP
 #define CORVANE_SOA_SCHEMAS_SOA_2006_03_EXCEPTIONS_ERROR_HPP
 
+#include <corvane/soa/common/AccountedAllocation.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/TypeDescriptor.hpp>
 
+#include <set>
 #include <string>
 
 namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
@@ -26,7 +29,20 @@ public:
     void setCode(int code) noexcept { m_code = code; }
     void setLevel(int level) noexcept { m_level = level; }
 
+    /// The fields, identity and factory of the type, made by cvsoa-gen from its schema.
+    static const ::Corvane::Soa::Common::Xml::TypeDescriptor& typeDescriptor();
+
+    void outputXML(::Corvane::Soa::Common::Xml::XmlStream& stream) const override;
+    void outputXML(::Corvane::Soa::Common::Xml::XmlStream& stream,
+                   const std::string& elementName) const override;
+    void parse(const ::Corvane::Soa::Common::Xml::XMLNode& node) override;
     void getNamespaces(std::set<std::string>& namespaces) const override;
+    void writeJSON(::Corvane::Soa::Common::Xml::JsonStream* stream) const override;
+    using ::Corvane::Soa::Common::Xml::BaseObject::parseJSON;
+    void parseJSON(
+        ::Corvane::Soa::Common::AutoPtr<::Corvane::Soa::Internal::Json::JSONObject> json) override;
+
+    CORVANE_SOA_ACCOUNTED_ALLOCATION("Corvane::Schemas::Soa::_2006_03::Exceptions::Error")
 
 protected:
     ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;

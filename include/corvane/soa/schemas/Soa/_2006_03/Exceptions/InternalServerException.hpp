@@ -1,6 +1,8 @@
 #ifndef CORVANE_SOA_SCHEMAS_SOA_2006_03_EXCEPTIONS_INTERNALSERVEREXCEPTION_HPP
 #define CORVANE_SOA_SCHEMAS_SOA_2006_03_EXCEPTIONS_INTERNALSERVEREXCEPTION_HPP
 
+#include <corvane/soa/common/AccountedAllocation.hpp>
+#include <corvane/soa/common/xml/TypeDescriptor.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
 
 namespace Corvane::Schemas::Soa::_2006_03::Exceptions {
@@ -19,6 +21,12 @@ public:
     void addMessage(const std::string& message, int code, int level) {
         addError(message, code, level);
     }
+
+    /// The fields, identity and factory of the type, made by cvsoa-gen from its schema.
+    static const ::Corvane::Soa::Common::Xml::TypeDescriptor& typeDescriptor();
+
+    CORVANE_SOA_ACCOUNTED_ALLOCATION(
+        "Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException")
 
 protected:
     ::Corvane::Soa::Common::Xml::BaseObject* reallyClone() const override;
