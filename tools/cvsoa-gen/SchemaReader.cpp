@@ -125,6 +125,18 @@ const std::string& identifier(const Document& doc, const XMLNode& node) {
     return name;
 }
 
+// A field's accessors must not hide the object base's own: getTypeName, getNamespace(s),
+// getQaulifiedName.
+const std::string& fieldName(const Document& doc, const XMLNode& node) {
+    const std::string& name = identifier(doc, node);
+    if (name == "typeName" || name == "namespace" || name == "namespaces" ||
+        name == "qaulifiedName") {
+        doc.refuse(node, "the field name \"" + name +
+                             "\" is not supported (its accessor would hide the object base's)");
+    }
+    return name;
+}
+
 void readElement(const Document& doc, const XMLNode& node, TypeModel& type) {
     allowOnly(doc, node, {"name", "type", "ref", "minOccurs", "maxOccurs", "form"});
     for (const XMLNode* child : node.getChildren()) {
@@ -144,7 +156,7 @@ void readElement(const Document& doc, const XMLNode& node, TypeModel& type) {
     } else if (!node.existsAttr("name") || !node.existsAttr("type")) {
         doc.refuse(node, "an element without both name and type (or a ref) is not supported");
     } else {
-        field.name = identifier(doc, node);
+        field.name = fieldName(doc, node);
         field.type = doc.resolve(node, node.getAttr("type"));
     }
     field.line = doc.line(node);
@@ -169,7 +181,7 @@ void readAttribute(const Document& doc, const XMLNode& node, TypeModel& type) {
         doc.refuse(node, "an attribute without both name and type is not supported");
     }
     FieldModel field;
-    field.name = identifier(doc, node);
+    field.name = fieldName(doc, node);
     field.type = doc.resolve(node, node.getAttr("type"));
     field.attribute = true;
     field.line = doc.line(node);

@@ -103,6 +103,10 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
         {"<xsd:complexType name='T'><xsd:attribute name='a-b' "
          "type='xsd:string'/></xsd:complexType>",
          "3: the name \"a-b\" is not supported (names must be C++ identifiers)"},
+        {"<xsd:complexType name='T'><xsd:attribute name='typeName' type='xsd:string'/>"
+         "</xsd:complexType>",
+         "3: the field name \"typeName\" is not supported (its accessor would hide the object "
+         "base's)"},
         {"<xsd:complexType name='T'><xsd:sequence><xsd:element name='e' type='bad:T'/>"
          "</xsd:sequence></xsd:complexType>",
          "3: namespace prefix \"bad\" is not declared"},
