@@ -66,6 +66,16 @@ TEST(GeneratedTypes, VersionsAreDistinctTypesWithTheirOwnFields) {
               "\n<ns0:credentials user=\"ann\" password=\"\" group=\"\" role=\"\" locale=\"\" "
               "descrimator=\"\"/></ns0:LoginInput>");
     EXPECT_NE(login.getNamespace(), Session::LoginInput().getNamespace());
+    // The three versions of LoginInput: their own classes, namespaces and fields.
+    const Corvane::Soa::Common::Xml::TypeDescriptor* versions[] = {
+        &Session::LoginInput::typeDescriptor(),
+        &Corvane::Schemas::Core::_2008_06::Session::LoginInput::typeDescriptor(),
+        &Session11::LoginInput::typeDescriptor()};
+    EXPECT_EQ(versions[0]->fieldCount, 5U);
+    EXPECT_EQ(versions[1]->fieldCount, 6U);
+    EXPECT_EQ(versions[2]->fieldCount, 1U);
+    EXPECT_NE(*versions[0]->namespaceUri, *versions[1]->namespaceUri);
+    EXPECT_NE(versions[0]->className, versions[1]->className);
 }
 
 TEST(GeneratedTypes, FileTicketsResponseBothWays) {
