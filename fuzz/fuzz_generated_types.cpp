@@ -1,6 +1,6 @@
-// Any byte string bound as XML or JSON to one of the generated response and envelope types,
-// built through the type registry, yields an object (written back in both forms) or one of the
-// readers' own exceptions; nothing else.
+// Any byte string bound as XML or JSON to any registered type, built through the type
+// registry, yields an object (written back in both forms) or one of the readers' own
+// exceptions; nothing else.
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
@@ -18,26 +18,24 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace Xml = Corvane::Soa::Common::Xml;
 namespace Json = Corvane::Soa::Internal::Json;
 using Corvane::Soa::Common::AutoPtr;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
+    if (size < 2) {
         return 0;
     }
-    static const char* const types[] = {
-        "http://corvane.com/Schemas/Core/2006-03/Session.LoginResponse",
-        "http://corvane.com/Schemas/Core/2006-03/FileManagement.FileTicketsResponse",
-        "http://corvane.com/Schemas/Soa/2006-09/ClientContext.RequestEnvelope",
-    };
-    // The first byte picks the type; the rest is the document.
-    const AutoPtr<Xml::BaseObject> object = Xml::TypeRegistry::create(types[data[0] % 3]);
+    // The first two bytes pick the type; the rest is the document.
+    static const std::vector<std::string> types = Xml::TypeRegistry::names();
+    const std::size_t pick = (std::size_t{data[0]} << 8U | data[1]) % types.size();
+    const AutoPtr<Xml::BaseObject> object = Xml::TypeRegistry::create(types[pick]);
     if (!object) {
         std::abort();
     }
-    const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+    const std::string text(reinterpret_cast<const char*>(data) + 2, size - 2);
     try {
         if (!text.empty() && text[0] == '{') {
             object->parseJSON(Json::Parser().parse(text).dynamicCast<Json::JSONObject>());
