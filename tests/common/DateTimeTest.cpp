@@ -1,12 +1,9 @@
 // DateTime behaviour that does not depend on the time zone: validation, arithmetic, comparison
 // and formatting of the raw fields.
 #include <corvane/soa/common/DateTime.hpp>
-#include <corvane/soa/common/MemoryManager.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
 
 #include <gtest/gtest.h>
-
-#include "ProcessWide.hpp"
 
 #include <climits>
 #include <string>
@@ -48,12 +45,10 @@ TEST(DateTimeText, MalformedTextThrowsCode533WithTheInputQuoted) {
     }
 }
 
-TEST(DateTimeText, ValidationDoesNotCheckTheMonthsLength) {
+TEST(DateTimeText, AbsurdNumbersWrapWithoutUndefinedBehaviour) {
+    // Validation does not check the month's length.
     EXPECT_NO_THROW(DateTime("2016-02-31T24:00:00+00:00"));
     EXPECT_NO_THROW(DateTime("2016-12-05T14:03:09-24:59"));
-}
-
-TEST(DateTimeText, AbsurdNumbersWrapWithoutUndefinedBehaviour) {
     // Year 2147483647 is valid; carrying past it wraps. Huge numbers saturate as strtol does.
     EXPECT_NO_THROW(DateTime("2147483647-12-31T23:59:59-24:00").toString());
     EXPECT_THROW(DateTime("99999999999999999999-12-31T23:59:59+00:00"), InternalServerException);
@@ -132,18 +127,4 @@ TEST(DateTimeFormat, AppendToAddsTheWireTextAfterWhatIsThere) {
         d.appendTo(text);
         EXPECT_EQ(text, "at " + d.toString());
     }
-}
-
-TEST(DateTimeAllocation, HeapValuesAreAccountedUnderTheirName) {
-    using Corvane::Soa::Common::MemoryManager;
-    REQUIRE_NO_GLOBAL_MANAGER();
-    ASSERT_TRUE(MemoryManager::initializeMemoryManager(nullptr, true));
-    auto* d = new DateTime(2016, 12, 5, 14, 3, 9);
-    const auto& table = MemoryManager::getMemoryManager()->getObjectTable();
-    const auto entry = table.find(d);
-    ASSERT_NE(entry, table.end());
-    EXPECT_EQ(entry->second.tag, "DateTime");
-    EXPECT_EQ(entry->second.size, sizeof(DateTime));
-    delete d;
-    EXPECT_EQ(table.count(d), 0U);
 }

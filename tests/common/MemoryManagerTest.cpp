@@ -1,5 +1,6 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/Counted.hpp>
+#include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/MemoryAllocator.hpp>
 #include <corvane/soa/common/MemoryManager.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -189,12 +191,16 @@ TEST(MemoryManagerGlobal, LibraryObjectsAreTaggedByTheirBaseClass) {
         AutoPtr<Record> record(new Record);
         AutoPtr<Handle> handle(new Handle);
         AutoPtr<BaseObject> clone(record->clone());
-        ASSERT_EQ(table.size(), blocksBefore + 3);
+        const std::unique_ptr<Corvane::Soa::Common::DateTime> date(
+            new Corvane::Soa::Common::DateTime(2016, 12, 5, 14, 3, 9));
+        ASSERT_EQ(table.size(), blocksBefore + 4);
         EXPECT_EQ(table.at(record.get()).tag, "BaseObject");
         EXPECT_EQ(table.at(record.get()).size, sizeof(Record));
         EXPECT_EQ(table.at(clone.get()).tag, "BaseObject");
         EXPECT_EQ(table.at(handle.get()).tag, "Counted");
         EXPECT_EQ(table.at(handle.get()).size, sizeof(Handle));
+        EXPECT_EQ(table.at(date.get()).tag, "DateTime");
+        EXPECT_EQ(table.at(date.get()).size, sizeof(Corvane::Soa::Common::DateTime));
     }
     // Released objects leave the table and the figures (sums of thousandths: not exact).
     EXPECT_EQ(table.size(), blocksBefore);

@@ -9,82 +9,74 @@
 
 namespace cvsoa::reference {
 
-inline std::string xmlEscape(const std::string& text) {
+// What replaces `c` in XML text, or null when it stands as it is.
+inline const char* xmlReference(char c) {
+    switch (c) {
+        case '\t':
+            return "&#9;";
+        case '\n':
+            return "&#10;";
+        case '\f':
+            return "&#12;";
+        case '\r':
+            return "&#13;";
+        case '"':
+            return "&quot;";
+        case '%':
+            return "&#x25;";
+        case '&':
+            return "&amp;";
+        case '\'':
+            return "&apos;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        default:
+            return nullptr;
+    }
+}
+
+// What replaces `c` in a JSON string, or null when it stands as it is.
+inline const char* jsonEscapeOf(char c) {
+    switch (c) {
+        case '"':
+            return "\\\"";
+        case '\\':
+            return "\\\\";
+        case '/':
+            return "\\/";
+        case '\b':
+            return "\\b";
+        case '\f':
+            return "\\f";
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            return nullptr;
+    }
+}
+
+template <const char* (*Replacement)(char)>
+std::string escapeBytewise(const std::string& text) {
     std::string out;
     for (const char c : text) {
-        switch (c) {
-            case '\t':
-                out += "&#9;";
-                break;
-            case '\n':
-                out += "&#10;";
-                break;
-            case '\f':
-                out += "&#12;";
-                break;
-            case '\r':
-                out += "&#13;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '%':
-                out += "&#x25;";
-                break;
-            case '&':
-                out += "&amp;";
-                break;
-            case '\'':
-                out += "&apos;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            default:
-                out += c;
-                break;
+        if (const char* replacement = Replacement(c)) {
+            out += replacement;
+        } else {
+            out += c;
         }
     }
     return out;
 }
 
+inline std::string xmlEscape(const std::string& text) { return escapeBytewise<xmlReference>(text); }
 inline std::string jsonEscape(const std::string& text) {
-    std::string out;
-    for (const char c : text) {
-        switch (c) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '/':
-                out += "\\/";
-                break;
-            case '\b':
-                out += "\\b";
-                break;
-            case '\f':
-                out += "\\f";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                out += c;
-                break;
-        }
-    }
-    return out;
+    return escapeBytewise<jsonEscapeOf>(text);
 }
 
 }  // namespace cvsoa::reference

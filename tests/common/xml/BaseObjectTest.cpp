@@ -117,22 +117,16 @@ TEST(BaseObject, CopyAssignmentAndCloneCounts) {
 
 TEST(BaseObject, DefaultXmlOutputIsAnEmptyElementOnOneLine) {
     const Plain plain("urn:x", "T");
-    {
-        XmlStream stream;
-        plain.outputXML(stream);
-        EXPECT_EQ(stream.str(), "<EmptyXml></EmptyXml>\n");
-        EXPECT_TRUE(stream.isRootElement());  // plain text: no element start was written
-    }
-    {
-        XmlStream stream;
-        plain.outputXML(stream, "a&b");
-        EXPECT_EQ(stream.str(), "<a&b></a&b>\n");
-    }
-    {
-        XmlStream stream;
-        Renamed().outputXML(stream);
-        EXPECT_EQ(stream.str(), "[EmptyXml]");
-    }
+    XmlStream unnamed;
+    XmlStream named;
+    XmlStream renamed;
+    plain.outputXML(unnamed);
+    plain.outputXML(named, "a&b");
+    Renamed().outputXML(renamed);
+    EXPECT_EQ(unnamed.str(), "<EmptyXml></EmptyXml>\n");
+    EXPECT_TRUE(unnamed.isRootElement());  // plain text: no element start was written
+    EXPECT_EQ(named.str(), "<a&b></a&b>\n");
+    EXPECT_EQ(renamed.str(), "[EmptyXml]");
 }
 
 TEST(BaseObject, OutputXmlBaseDeclaresEveryNamespaceOnTheRootOnly) {

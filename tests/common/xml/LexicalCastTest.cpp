@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <locale>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -24,31 +25,33 @@ bool toBool(const std::string& s) { return lexical_cast<bool>(s); }
 
 constexpr int kNotANumber = std::numeric_limits<int>::min();
 
+// What `f` gives for each of `inputs`, each followed by a space; numbers to 17 digits.
+template <class T, class F>
+std::string each(F f, std::initializer_list<T> inputs) {
+    std::ostringstream out;
+    out.precision(17);
+    for (const T& input : inputs) {
+        out << f(input) << ' ';
+    }
+    return out.str();
+}
+
 TEST(LexicalCast, FormatsNumbersAndBooleans) {
-    EXPECT_EQ(text(-17), "-17");
-    EXPECT_EQ(text(1234567), "1234567");
-    EXPECT_EQ(text(std::numeric_limits<int>::min()), "-2147483648");
-    EXPECT_EQ(text(true), "1");
-    EXPECT_EQ(text(false), "0");
+    EXPECT_EQ(text(-17) + " " + text(std::numeric_limits<int>::min()), "-17 -2147483648");
+    EXPECT_EQ(text(true) + text(false), "10");
     for (const std::string s : {"", " padded ", "<a&b>"}) {
         EXPECT_EQ(lexical_cast<std::string>(s), s);
     }
-}
-
-TEST(LexicalCast, FormatsFloatingPointWithSeventeenSignificantDigits) {
-    EXPECT_EQ(text(0.1), "0.10000000000000001");
-    EXPECT_EQ(text(1.0 / 3), "0.33333333333333331");
-    EXPECT_EQ(text(-2.5), "-2.5");
-    EXPECT_EQ(text(-0.0), "-0");
-    // General notation: fixed up to seventeen digits before the point, scientific beyond.
-    EXPECT_EQ(text(1e16), "10000000000000000");
-    EXPECT_EQ(text(1e17), "1e+17");
-    EXPECT_EQ(text(1e-5), "1.0000000000000001e-05");
-    EXPECT_EQ(text(-std::numeric_limits<double>::infinity()), "-inf");
-
-    EXPECT_EQ(text(0.1f), "0.10000000149011612");
-    EXPECT_EQ(text(1.5f), "1.5");
-    EXPECT_EQ(text(std::numeric_limits<float>::max()), "3.4028234663852886e+38");
+    // Seventeen significant digits in general notation: fixed up to seventeen digits before the
+    // point, scientific beyond.
+    EXPECT_EQ(
+        each<double>([](double d) { return text(d); }, {0.1, 1.0 / 3, -2.5, -0.0, 1e16, 1e17, 1e-5,
+                                                        -std::numeric_limits<double>::infinity()}),
+        "0.10000000000000001 0.33333333333333331 -2.5 -0 10000000000000000 1e+17 "
+        "1.0000000000000001e-05 -inf ");
+    EXPECT_EQ(each<float>([](float f) { return text(f); },
+                          {0.1f, 1.5f, std::numeric_limits<float>::max()}),
+              "0.10000000149011612 1.5 3.4028234663852886e+38 ");
 }
 
 TEST(LexicalCast, ParsesBooleansByExactText) {
@@ -60,41 +63,24 @@ TEST(LexicalCast, ParsesBooleansByExactText) {
 }
 
 TEST(LexicalCast, ParsesIntegers) {
-    EXPECT_EQ(toInt(""), 0);
-    EXPECT_EQ(toInt("0"), 0);
-    EXPECT_EQ(toInt("-0"), 0);
-    EXPECT_EQ(toInt("+000"), 0);
-    EXPECT_EQ(toInt("-42"), -42);
-    EXPECT_EQ(toInt("2147483647"), 2147483647);
-    // A non-zero prefix is the value: the rest of the text is ignored.
-    EXPECT_EQ(toInt("12abc"), 12);
-    EXPECT_EQ(toInt("1.5"), 1);
+    // A non-zero prefix is the value: the rest of the text is ignored. A sign alone has no
+    // non-digit after it.
+    EXPECT_EQ(
+        each<const char*>(toInt, {"", "0", "-0", "+000", "-42", "2147483647", "12abc", "1.5", "-"}),
+        "0 0 0 0 -42 2147483647 12 1 0 ");
     // Zero from text that is not all digits marks it as no number.
-    EXPECT_EQ(toInt("abc"), kNotANumber);
-    EXPECT_EQ(toInt("0x"), kNotANumber);
-    EXPECT_EQ(toInt("0.5"), kNotANumber);
-    EXPECT_EQ(toInt(" 0"), kNotANumber);
-    EXPECT_EQ(toInt("+-1"), kNotANumber);
-    // Only a sign: nothing after it is a non-digit.
-    EXPECT_EQ(toInt("-"), 0);
+    for (const char* s : {"abc", "0x", "0.5", " 0", "+-1"}) {
+        EXPECT_EQ(toInt(s), kNotANumber) << '"' << s << '"';
+    }
 }
 
-TEST(LexicalCast, ParsesDoublesIgnoringTrailingText) {
-    EXPECT_EQ(toDouble(""), 0.0);
-    EXPECT_EQ(toDouble("0.1"), 0.1);
-    EXPECT_EQ(toDouble("-1.5e3"), -1500.0);
-    EXPECT_EQ(toDouble("2.5abc"), 2.5);
-    EXPECT_EQ(toDouble("1,5"), 1.0);
-    EXPECT_EQ(toDouble("  3.25"), 3.25);
-    EXPECT_EQ(toDouble("abc"), 0.0);
+// Leading white space is skipped and trailing text ignored; a float narrows the double.
+TEST(LexicalCast, ParsesDoublesAndFloats) {
+    EXPECT_EQ(each<const char*>(toDouble, {"", "0.1", "-1.5e3", "2.5abc", "1,5", "  3.25", "abc"}),
+              "0 0.10000000000000001 -1500 2.5 1 3.25 0 ");
     EXPECT_TRUE(std::signbit(toDouble("-0")));
-}
-
-TEST(LexicalCast, ParsesFloatsByNarrowingTheDouble) {
-    EXPECT_EQ(toFloat(""), 0.0f);
-    EXPECT_EQ(toFloat("0.1"), 0.1f);
-    EXPECT_EQ(toFloat("2.5x"), 2.5f);
-    EXPECT_EQ(toFloat("-1e39"), -std::numeric_limits<float>::infinity());
+    EXPECT_EQ(each<const char*>(toFloat, {"", "0.1", "2.5x", "-1e39"}),
+              "0 0.10000000149011612 2.5 -inf ");
 }
 
 TEST(LexicalCast, NumbersRoundTripThroughText) {
@@ -142,9 +128,7 @@ TEST(LexicalCast, NumberTextsIgnoreTheProcessLocale) {
     std::locale::global(std::locale(name));
     const std::string numeric = std::setlocale(LC_NUMERIC, nullptr);
 
-    EXPECT_EQ(text(1.5), "1.5");
-    EXPECT_EQ(text(0.25f), "0.25");
-    EXPECT_EQ(text(1234567), "1234567");
+    EXPECT_EQ(text(1.5) + " " + text(0.25f) + " " + text(1234567), "1.5 0.25 1234567");
     EXPECT_EQ(toDouble("1.5"), 1.5);
     EXPECT_EQ(toFloat("0.25"), 0.25f);
     EXPECT_EQ(toInt("1234567"), 1234567);

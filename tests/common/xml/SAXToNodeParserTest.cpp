@@ -4,14 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "LoopbackListener.hpp"
 
-#include <atomic>
-#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -26,6 +20,18 @@ using Corvane::Soa::Common::Xml::SAXToNodeParser;
 using Corvane::Soa::Common::Xml::XMLNode;
 
 constexpr const char* kDtdMessage = "Document Type Defintions are not permited in XML documents.";
+constexpr const char* kTooDeep = "The XML document is nested too deeply.";
+constexpr const char* kOddLocations = "schemaLocation does not contain namespace-location pairs";
+
+// The text of a failure of a parse from a string: its place, then what is wrong.
+std::string fatal(int line, int column, const std::string& message) {
+    return "Fatal Error: parsing: From-String: line " + std::to_string(line) + ", char " +
+           std::to_string(column) + "\nMessage: " + message + "\n";
+}
+
+bool startsWith(const std::string& text, const std::string& head) {
+    return text.rfind(head, 0) == 0;
+}
 
 // The message of the DomException that parsing `xml` throws, or "(parsed)".
 std::string failureOf(const std::string& xml) {
@@ -132,10 +138,6 @@ TEST(SAXToNodeParserTest, ConcatenatesTextPieces) {
     root = parser.parseString("<r k='caf\xc3\xa9 &amp; b' j='ab'>\xc3\xa9&amp;x<c/>y</r>");
     EXPECT_EQ(root->getText(), "\xc3\xa9&xy");
     EXPECT_EQ(root->attrs(), (XMLNode::Attributes{{"j", "ab"}, {"k", "caf\xc3\xa9 & b"}}));
-
-    const std::string big(100000, 'x');
-    root = parser.parseString("<r>" + big + "&amp;" + big + "</r>");
-    EXPECT_EQ(root->getText(), big + "&" + big);
 }
 
 TEST(SAXToNodeParserTest, ConvertsTextToTheRequestedCodePage) {
@@ -177,26 +179,18 @@ TEST(SAXToNodeParserTest, TextEndsAtTheFirstZeroByte) {
 TEST(SAXToNodeParserTest, FatalErrorLayout) {
     const struct {
         std::string xml;
-        const char* message;
+        std::string message;
     } cases[] = {
         {"<a><b></a>",
          "Fatal Error: parsing: From-String: line 1, char 9\n"
          "Message: expected end of tag 'b'\n"},
         {"<a>\n  <b x='1' x='2'/>\n</a>",
-         "Fatal Error: parsing: From-String: line 2, char 19\n"
-         "Message: attribute 'x' is already specified for element 'b'\n"},
-        {"",
-         "Fatal Error: parsing: From-String: line 1, char 1\n"
-         "Message: invalid document structure\n"},
-        {"<a>&undefined;</a>",
-         "Fatal Error: parsing: From-String: line 1, char 15\n"
-         "Message: entity 'undefined' not found\n"},
+         fatal(2, 19, "attribute 'x' is already specified for element 'b'")},
+        {"", fatal(1, 1, "invalid document structure")},
+        {"<a>&undefined;</a>", fatal(1, 15, "entity 'undefined' not found")},
         {std::string("<r>\0</r>", 8),
-         "Fatal Error: parsing: From-String: line 1, char 4\n"
-         "Message: input ended before all started tags were ended; last tag started is 'r'\n"},
-        {"<?xml version=\"1.0 \"?><r/>",
-         "Fatal Error: parsing: From-String: line 1, char 23\n"
-         "Message: '1.0 ' is not a valid XML version\n"},
+         fatal(1, 4, "input ended before all started tags were ended; last tag started is 'r'")},
+        {"<?xml version=\"1.0 \"?><r/>", fatal(1, 23, "'1.0 ' is not a valid XML version")},
         {"<?xml version='1.1'?><r>\n<a/></r>", "(parsed)"},
     };
     for (const auto& c : cases) {
@@ -210,7 +204,7 @@ TEST(SAXToNodeParserTest, SchemaLocationsListPairs) {
     const std::string xsi = "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' ";
     const struct {
         std::string xml;
-        const char* message;
+        std::string message;
     } cases[] = {
         {"<a " + xsi + "xsi:schemaLocation='urn:a http://127.0.0.1:9/a.xsd'/>", "(parsed)"},
         {"<a " + xsi + "xsi:schemaLocation=''/>", "(parsed)"},
@@ -219,35 +213,20 @@ TEST(SAXToNodeParserTest, SchemaLocationsListPairs) {
         {"<a " + xsi + "xsi:noNamespaceSchemaLocation='a b c'/>", "(parsed)"},
         {"<a schemaLocation='odd'/>", "(parsed)"},
         {"<a " + xsi + "><b xmlns:xsi='urn:other' xsi:schemaLocation='odd'/></a>", "(parsed)"},
-        {"<a " + xsi + "xsi:schemaLocation='odd'/>",
-         "Fatal Error: parsing: From-String: line 1, char 84\n"
-         "Message: schemaLocation does not contain namespace-location pairs\n"},
+        {"<a " + xsi + "xsi:schemaLocation='odd'/>", fatal(1, 84, kOddLocations)},
         // A character that is not XML white space does not separate words.
-        {"<a " + xsi + "xsi:schemaLocation='a&#xA0;b'/>",
-         "Fatal Error: parsing: From-String: line 1, char 89\n"
-         "Message: schemaLocation does not contain namespace-location pairs\n"},
+        {"<a " + xsi + "xsi:schemaLocation='a&#xA0;b'/>", fatal(1, 89, kOddLocations)},
         // Any prefix of the namespace, at any depth; a tab is white space too.
         {"<a xmlns:i='http://www.w3.org/2001/XMLSchema-instance'>\n <b>\n  <c "
          "i:schemaLocation='a\tb c'></c></b></a>",
-         "Fatal Error: parsing: From-String: line 3, char 31\n"
-         "Message: schemaLocation does not contain namespace-location pairs\n"},
+         fatal(3, 31, kOddLocations)},
         // The attributes of an element are checked before its depth.
         {"<a " + xsi + ">" + opened(1023) + "<a xsi:schemaLocation='odd'>",
-         "Fatal Error: parsing: From-String: line 1, char 3156\n"
-         "Message: schemaLocation does not contain namespace-location pairs\n"},
+         fatal(1, 3156, kOddLocations)},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(failureOf(c.xml), c.message) << c.xml;
     }
-}
-
-TEST(SAXToNodeParserTest, NothingIsKeptFromAFailedParse) {
-    SAXToNodeParser parser;
-    parser.parseString("<first/>");
-    EXPECT_THROW(parser.parseString("<second><open></second>"), DomException);
-    EXPECT_EQ(parser.getRootNode(), nullptr);
-    EXPECT_THROW(parser.getRoot(), DomException);
-    EXPECT_EQ(parser.parseString("<third/>")->getName(), "third");
 }
 
 TEST(SAXToNodeParserTest, ParsesStreams) {
@@ -310,94 +289,15 @@ TEST(SAXToNodeParserTest, RefusesEveryDocumentTypeDeclaration) {
     }
 }
 
-// A server on a loopback port, to see whether the parser ever connects to it. It answers
-// every connection at once, from a thread of its own, so that a fetch completes (and is
-// counted) rather than leaving the parser waiting.
-class LoopbackListener {
-public:
-    LoopbackListener() {
-        m_socket = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = 0;
-        if (m_socket < 0 ||
-            ::bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            ::listen(m_socket, 16) != 0) {
-            return;
-        }
-        socklen_t length = sizeof address;
-        ::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &length);
-        m_port = ntohs(address.sin_port);
-        m_thread = std::thread([this] { serve(); });
-    }
-    ~LoopbackListener() {
-        m_stop = true;
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-        if (m_socket >= 0) {
-            ::close(m_socket);
-        }
-    }
-    LoopbackListener(const LoopbackListener&) = delete;
-    LoopbackListener& operator=(const LoopbackListener&) = delete;
-
-    int port() const { return m_port; }
-    std::string url(const std::string& file) const {
-        return "http://127.0.0.1:" + std::to_string(m_port) + "/" + file;
-    }
-    // The connections since the last call.
-    int connections() {
-        // A connection made during a parse has been accepted by the time the parse returns;
-        // one more round of the server loop makes sure it has been counted.
-        const int seen = m_rounds.load();
-        while (m_rounds.load() < seen + 2) {
-            std::this_thread::yield();
-        }
-        return m_connections.exchange(0);
-    }
-
-private:
-    void serve() {
-        while (!m_stop) {
-            pollfd waiting{m_socket, POLLIN, 0};
-            if (::poll(&waiting, 1, 10) > 0) {
-                const int client = ::accept(m_socket, nullptr, nullptr);
-                if (client >= 0) {
-                    ++m_connections;
-                    const char reply[] =
-                        "HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<!ENTITY x 'x'>";
-                    [[maybe_unused]] const auto sent = ::send(client, reply, sizeof reply - 1, 0);
-                    ::close(client);
-                }
-            }
-            ++m_rounds;
-        }
-    }
-
-    int m_socket = -1;
-    int m_port = 0;
-    std::atomic<bool> m_stop{false};
-    std::atomic<int> m_connections{0};
-    std::atomic<int> m_rounds{0};
-    std::thread m_thread;
-};
-
 TEST(SAXToNodeParserTest, NeverFetchesWhatADocumentNames) {
     LoopbackListener server;
     ASSERT_NE(server.port(), 0) << "cannot listen on the loopback interface";
     // The listener answers a plain client: the check below would see a fetch.
-    {
-        const int probe = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(static_cast<std::uint16_t>(server.port()));
-        ASSERT_EQ(::connect(probe, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        ::close(probe);
-        EXPECT_EQ(server.connections(), 1);
-    }
+    const int probe = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = LoopbackListener::loopback(server.port());
+    ASSERT_EQ(::connect(probe, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ::close(probe);
+    EXPECT_EQ(server.connections(), 1);
 
     const std::string refused[] = {
         "<!DOCTYPE r SYSTEM '" + server.url("external.dtd") + "'><r/>",
@@ -440,13 +340,10 @@ TEST(SAXToNodeParserTest, ElementsDeeperThan1024LevelsAreRefused) {
 
     // The 1025th start tag begins at char 3073 and is read up to its end.
     EXPECT_EQ(failureOf(nested(1025)),
-              "The XML document is nested too deeply.\n"
-              "Fatal Error: parsing: From-String: line 1, char 3076\n"
-              "Message: more than 1024 levels of elements\n");
-    const std::string deepest = failureOf(nested(100000));
-    EXPECT_EQ(deepest.rfind("The XML document is nested too deeply.", 0), 0U) << deepest;
+              std::string(kTooDeep) + "\n" + fatal(1, 3076, "more than 1024 levels of elements"));
+    EXPECT_TRUE(startsWith(failureOf(nested(100000)), kTooDeep));
     // Unclosed levels are refused the same way.
-    EXPECT_EQ(failureOf(opened(5000)).rfind("The XML document is nested too deeply.", 0), 0U);
+    EXPECT_TRUE(startsWith(failureOf(opened(5000)), kTooDeep));
 }
 
 // A document far larger than the batches in which the tree is built: every node, attribute
@@ -471,8 +368,7 @@ TEST(SAXToNodeParserTest, LargeDocumentsBuildTheSameTreeInEveryPart) {
     for (int i = 0; i < kItems; ++i) {
         rootText += "\n  ";
     }
-    rootText += "\ntail";
-    EXPECT_EQ(root->getText(), rootText);
+    EXPECT_EQ(root->getText(), rootText + "\ntail");
     for (int i = 0; i < kItems; ++i) {
         const std::string n = std::to_string(i);
         const XMLNode* item = root->getChildren()[static_cast<std::size_t>(i)];
@@ -485,15 +381,14 @@ TEST(SAXToNodeParserTest, LargeDocumentsBuildTheSameTreeInEveryPart) {
                   "after" +
                       n);
         ASSERT_EQ(item->getChildren().size(), 2U);
+        for (const XMLNode* child : item->getChildren()) {
+            ASSERT_EQ(child->getParent(), item);
+            ASSERT_TRUE(child->getChildren().empty());
+        }
         const XMLNode* v = item->getChildren()[0];
-        ASSERT_EQ(v->getName(), "v");
-        ASSERT_EQ(v->getParent(), item);
-        ASSERT_EQ(v->getText(), std::string(static_cast<std::size_t>(i % 50), 'x') + n);
-        ASSERT_TRUE(v->getChildren().empty());
-        const XMLNode* w = item->getChildren()[1];
-        ASSERT_EQ(w->getName(), "w");
-        ASSERT_EQ(w->getText(), "");
-        ASSERT_EQ(w->getParent(), item);
+        ASSERT_EQ(v->getName() + v->getText(),
+                  "v" + std::string(static_cast<std::size_t>(i % 50), 'x') + n);
+        ASSERT_EQ(item->getChildren()[1]->getName() + item->getChildren()[1]->getText(), "w");
     }
 }
 
@@ -528,13 +423,15 @@ TEST(SAXToNodeParserTest, LateFailuresLeaveNoTree) {
         body += "<a k='" + std::to_string(i) + "'>text</a>";
     }
     SAXToNodeParser parser;
+    parser.parseString("<first/>");
     EXPECT_THROW(parser.parseString("<r>" + body + "<broken></r>"), DomException);
     EXPECT_EQ(parser.getRootNode(), nullptr);
+    EXPECT_THROW(parser.getRoot(), DomException);
     std::string deep = "<r>" + body;
     for (int i = 0; i < 1100; ++i) {
         deep += "<d>";
     }
-    EXPECT_EQ(failureOf(deep).rfind("The XML document is nested too deeply.", 0), 0U);
+    EXPECT_TRUE(startsWith(failureOf(deep), kTooDeep));
     XMLNode* root = parser.parseString("<r>" + body + "</r>");
     ASSERT_EQ(root->getChildren().size(), 20000U);
     EXPECT_EQ(root->getChildren().back()->getAttr("k"), "19999");
@@ -546,17 +443,6 @@ TEST(SAXToNodeParserTest, TheLastOfAttributesWithOneLocalNameStays) {
     XMLNode* root = parser.parseString("<r a\xe6\x9d\xb1='first' a\xe4\xba\xac='second' b='3'/>",
                                        "windows-1252");
     EXPECT_EQ(root->attrs(), (XMLNode::Attributes{{"a\x1a", "second"}, {"b", "3"}}));
-}
-
-TEST(SAXToNodeParserTest, WideTreesAreDestroyed) {
-    auto* root = new XMLNode("root");
-    for (int i = 0; i < 1000; ++i) {
-        XMLNode* child = root->addChild(new XMLNode("c"));
-        for (int j = 0; j < 100; ++j) {
-            child->addChild(new XMLNode("g"));
-        }
-    }
-    delete root;
 }
 
 TEST(SAXToNodeParserTest, DeepTreesAreDestroyedWithoutRecursion) {
@@ -621,8 +507,7 @@ TEST(SAXToNodeParserTest, ReportsIllegalCharacters) {
 
     // At most 200 are listed.
     EXPECT_FALSE(SAXToNodeParser::checkForIllegalXMLchars(std::string(250, '\x02'), report));
-    const std::string header = "The XML document containes one or more invalid character codes:\n ";
-    std::string expected = header;
+    std::string expected = "The XML document containes one or more invalid character codes:\n ";
     for (int i = 1; i <= 200; ++i) {
         expected += "0x2 at line 1 char " + std::to_string(i) + "\n";
     }

@@ -113,39 +113,17 @@ TEST(Utf8StringTest, DecodesZeroTerminatedUtf16) {
     Utf8String sjis("Shift_JIS");
     std::string local = "[";
     sjis.decode(u"\u6771\u4eac!", local, false);
-    EXPECT_EQ(local, std::string("[") + kTokyoSjis + "!");
 
     const unsigned short units[] = {0x6771, 0x4eac, 0};
-    local.clear();
     sjis.decode(units, local, false);
-    EXPECT_EQ(local, kTokyoSjis);
+    sjis.decode(u"", local, false);
+    EXPECT_EQ(local, std::string("[") + kTokyoSjis + "!" + kTokyoSjis);
 
     // Longer than both work buffers: 30000 characters make 60000 local bytes.
     std::u16string many(30000, u'\u6771');
     local.clear();
     sjis.decode(many.c_str(), local, false);
     EXPECT_EQ(local, repeat("\x93\x8c", 30000));
-
-    local = "kept";
-    sjis.decode(u"", local, false);
-    EXPECT_EQ(local, "kept");
-}
-
-TEST(Utf8StringTest, DecodesUtf16IntoUtf8) {
-    Utf8String utf8("UTF-8");
-    std::string out;
-    // A surrogate pair, a three-byte and a two-byte character, and ASCII.
-    utf8.decode(u"\U0001F600\u6771\u00e9a", out, false);
-    EXPECT_EQ(out,
-              "\xf0\x9f\x98\x80\xe6\x9d\xb1\xc3\xa9"
-              "a");
-    // Only the given length counts, and a lone surrogate becomes U+FFFD.
-    const char16_t text[] = {u'a', 0xD800, u'b', u'c'};
-    out.clear();
-    utf8.decode(text, 3, out, false);
-    EXPECT_EQ(out,
-              "a\xef\xbf\xbd"
-              "b");
 }
 
 // UTF-8 written unit by unit, the plainest way: the reference for the conversion, which
@@ -160,20 +138,15 @@ std::string referenceUtf8(const std::u16string& units, bool replaceHexOneA) {
         } else if (c >= 0xD800 && c <= 0xDFFF) {
             c = 0xFFFD;
         }
-        if (c < 0x80) {
+        const int more = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+        if (more == 0) {
             out += static_cast<char>(replaceHexOneA && c == 0x1A ? '?' : c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
+            continue;
+        }
+        // The lead byte, 0xC0, 0xE0 or 0xF0 with the top bits, then six bits a byte.
+        out += static_cast<char>(((0xFFu << (7 - more)) & 0xFF) | (c >> (6 * more)));
+        for (int k = more - 1; k >= 0; --k) {
+            out += static_cast<char>(0x80 | ((c >> (6 * k)) & 0x3F));
         }
     }
     return out;
@@ -222,8 +195,8 @@ TEST(Utf8StringTest, SurrogatePairsAcrossChunkBoundaries) {
         utf8.decode(text.data(), text.size(), out, false);
         EXPECT_EQ(out, referenceUtf8(text, false)) << before;
     }
-    // A high surrogate that ends the text stays unpaired.
-    const char16_t last[] = {u'a', 0xD83D};
+    // Only the given length counts: a high surrogate that ends it stays unpaired (U+FFFD).
+    const char16_t last[] = {u'a', 0xD83D, 0xDE00};
     std::string out;
     utf8.decode(last, 2, out, false);
     EXPECT_EQ(out, "a\xef\xbf\xbd");
@@ -234,11 +207,6 @@ TEST(Utf8StringTest, SurrogatePairsAcrossChunkBoundaries) {
 TEST(Utf8StringTest, ReplacesTheSubstitutionByteOnRequest) {
     Utf8String cp1252("windows-1252");
     std::string local;
-    cp1252.decode(u"a\u6771b", local, false);
-    EXPECT_EQ(local,
-              "a\x1a"
-              "b");
-    local.clear();
     cp1252.decode(u"a\u6771b\u00e9", local, true);
     EXPECT_EQ(local, "a?b\xe9");
 
@@ -248,11 +216,9 @@ TEST(Utf8StringTest, ReplacesTheSubstitutionByteOnRequest) {
     EXPECT_EQ(local, "a?b");
 
     // UTF-8 text goes to a page by another route than UTF-16 does; the substitutes are the same.
-    EXPECT_EQ(decoded(cp1252,
-                      "a\xe6\x9d\xb1"
-                      "b"),
-              "a\x1a"
-              "b");
+    local = decoded(cp1252, "a\xe6\x9d\xb1!");
+    cp1252.decode(u"a\u6771!", local, false);
+    EXPECT_EQ(local, "a\x1a!a\x1a!");
     Utf8String sjis("Shift_JIS");
     EXPECT_EQ(decoded(sjis, "x\xc3\xa9\xf0\x9f\x98\x80"), "x\xfc\xfc\xfc\xfc");
     local.clear();
@@ -282,7 +248,6 @@ TEST(Utf8StringTest, UnknownCodePageFailsAtConstruction) {
     } catch (const InternalServerException& e) {
         EXPECT_EQ(e.getMessage(),
                   "Error opening local (no-such-page) converter U_FILE_ACCESS_ERROR");
-        EXPECT_EQ(e.getCode(), Utf8String::kConversionErrorCode);
         EXPECT_EQ(e.getCode(), 534);
         EXPECT_EQ(e.getLevel(), 3);
     }
@@ -337,9 +302,6 @@ TEST(Utf8StringTest, DefaultCodePageIsTheOneOfXmlText) {
 }
 
 TEST(Utf8StringTest, EscapingWithATranscoder) {
-    EXPECT_EQ(Xml::toXmlString("a<b", nullptr), "a&lt;b");
-    EXPECT_EQ(Xml::toJsonString("a\"b", nullptr), "a\\\"b");
-
     Xml::setDefaultCharacterEncoding("Shift_JIS");
     Utf8String sjis;
     EXPECT_EQ(Xml::toXmlString(std::string(kTokyoSjis) + " & <", &sjis),

@@ -8,11 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "LoopbackListener.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -188,76 +184,32 @@ TEST(XmlCorporaTest, ValidDocumentsReadWithoutTheirDtd) {
     EXPECT_GE(compared, 25);
 }
 
-// A listener on the port that the hostile documents name (9, the discard port), when this
-// process may open it; otherwise only the refusal itself is checked.
-class DiscardPortWatch {
-public:
-    DiscardPortWatch() {
-        m_socket = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(9);
-        const int yes = 1;
-        ::setsockopt(m_socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        if (::bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            ::listen(m_socket, 16) != 0) {
-            ::close(m_socket);
-            m_socket = -1;
-            return;
-        }
-        ::fcntl(m_socket, F_SETFL, O_NONBLOCK);
-    }
-    ~DiscardPortWatch() {
-        if (m_socket >= 0) {
-            ::close(m_socket);
-        }
-    }
-    DiscardPortWatch(const DiscardPortWatch&) = delete;
-    DiscardPortWatch& operator=(const DiscardPortWatch&) = delete;
-
-    bool watching() const { return m_socket >= 0; }
-    int connections() {
-        int count = 0;
-        if (m_socket >= 0) {
-            for (int client = ::accept(m_socket, nullptr, nullptr); client >= 0;
-                 client = ::accept(m_socket, nullptr, nullptr)) {
-                ::close(client);
-                ++count;
-            }
-        }
-        return count;
-    }
-
-private:
-    int m_socket = -1;
-};
-
+// The hostile documents name port 9 (the discard port): a listener there, when this process may
+// open it, sees whether any is fetched; otherwise only the refusal itself is checked.
 TEST(XmlCorporaTest, HostileDocumentsAreRefusedWithoutFetching) {
     const fs::path directory = corpus("adversarial");
     SKIP_WITHOUT(directory);
-    DiscardPortWatch watch;
-    for (const char* name :
-         {"xml-billion-laughs.xml", "xml-xxe-general-entity-loopback.xml",
-          "xml-xxe-external-dtd-loopback.xml", "xml-xxe-parameter-entity-loopback.xml",
-          "xml-notation-unparsed-entity.xml"}) {
-        EXPECT_EQ(failureOf(directory / name), kDtdMessage) << name;
+    LoopbackListener watch(9);
+    const std::string deep = directory / "xml-deep-nesting-100k.xml";
+    const std::pair<const char*, std::string> cases[] = {
+        {"xml-billion-laughs.xml", kDtdMessage},
+        {"xml-xxe-general-entity-loopback.xml", kDtdMessage},
+        {"xml-xxe-external-dtd-loopback.xml", kDtdMessage},
+        {"xml-xxe-parameter-entity-loopback.xml", kDtdMessage},
+        {"xml-notation-unparsed-entity.xml", kDtdMessage},
+        {"xml-deep-nesting-100k.xml",
+         std::string(kTooDeep) + "\nFatal Error: parsing: " + deep + ": line "},
+    };
+    for (const auto& [name, head] : cases) {
+        const std::string message = failureOf(directory / name);
+        // The place of the nesting failure depends on the file: only its head is pinned.
+        const bool headOnly = head.back() == ' ';
+        EXPECT_EQ(headOnly ? message.substr(0, head.size()) : message, head) << name;
         EXPECT_EQ(watch.connections(), 0) << name;
     }
-    if (!watch.watching()) {
+    if (watch.port() == 0) {
         std::cout << "[ note ] port 9 not available here; no connection was watched for\n";
     }
-}
-
-TEST(XmlCorporaTest, HostileNestingIsRefused) {
-    const fs::path path = corpus("adversarial/xml-deep-nesting-100k.xml");
-    SKIP_WITHOUT(path.parent_path());
-    const std::string message = failureOf(path);
-    EXPECT_EQ(
-        message.rfind(
-            std::string(kTooDeep) + "\nFatal Error: parsing: " + path.string() + ": line ", 0),
-        0U)
-        << message;
 }
 
 TEST(XmlCorporaTest, ControlCharacters) {
@@ -279,14 +231,6 @@ TEST(XmlCorporaTest, ControlCharacters) {
     ASSERT_NE(expected.find('\x7f'), std::string::npos);
     SAXToNodeParser parser;
     EXPECT_EQ(parser.parseFile(del.string(), "UTF-8")->getText(), expected);
-
-    // The scan before parsing finds the same bytes.
-    std::string report;
-    EXPECT_FALSE(SAXToNodeParser::checkForIllegalXMLchars(
-        readFile(directory / "xml-control-chars-mixed.xml"), report));
-    EXPECT_NE(report.find("0x1 at line 4 char 7\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("0x1F at line 4 char 9\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("0x7F at line 4 char 11\n"), std::string::npos) << report;
 }
 
 }  // namespace

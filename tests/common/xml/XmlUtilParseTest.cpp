@@ -116,9 +116,7 @@ TEST(XmlUtilParseTest, FailuresReachTheCallerBeforeTheTarget) {
     EXPECT_THROW(XmlUtil::parse(broken, session, "body"), DomException);
     EXPECT_EQ(session->parses, 0);
     EXPECT_EQ(session->askRefCount(), 1);
-}
-
-TEST(XmlUtilParseTest, WithoutATargetTheTextIsOnlyRead) {
+    // Without a target the text is only read.
     EXPECT_EQ(XmlUtil::parse("<only/>", AutoPtr<BaseObject>()), "only");
     EXPECT_THROW(XmlUtil::parse("<only>", AutoPtr<BaseObject>()), DomException);
 }

@@ -3,15 +3,15 @@
 // printed and the journal file it left, with times written as T and its own thread id as $PID.
 #include <gtest/gtest.h>
 
+#include "RunCommand.hpp"
+
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -94,12 +94,9 @@ protected:
             command += " '" + replaceAll(variable, "$DIR", m_dir) + "'";
         }
         command += " " CVSOA_JOURNAL_CHILD " " + steps;
-        std::unique_ptr<FILE, int (*)(FILE*)> child(::popen(command.c_str(), "r"), ::pclose);
-        std::string printed;
-        for (int c = 0; (c = std::fgetc(child.get())) != EOF;) {
-            printed += static_cast<char>(c);
-        }
-        EXPECT_EQ(::pclose(child.release()), 0) << command;
+        const CommandOutcome child = runCommand(command);
+        EXPECT_EQ(child.status, 0) << command;
+        const std::string& printed = child.output;
         ChildRun result;
         const std::size_t space = printed.find_first_of(" \n");
         result.pid = printed.substr(4, space - 4);
@@ -126,14 +123,6 @@ protected:
     std::string m_dir;
 };
 
-struct Scenario {
-    const char* name;
-    std::vector<std::string> environment;
-    const char* steps;
-    const char* out;
-    const char* journal;  // null: not compared
-};
-
 const char* const kOn = "CV_JOURNAL_PERFORMANCE_ONLY=1";
 const char* const kSingleOn = "CV_JOURNAL_PERFORMANCE_ONLY=true";
 const char* const kSingle = "CV_JOURNAL_PERFORMANCE_SINGLE_THREAD=1";
@@ -142,74 +131,62 @@ const char* const kInTemp = "TEMP=$DIR";
 const char* const kDumped = "dump=$DIR/cvsoa_journal_child_SOA$PID.pjl";
 
 TEST_F(JournalChild, Scenarios) {
+    using Environment = std::vector<std::string>;
+    const Environment on = {kOn, kInTemp};
+    const Environment single = {kSingleOn, kSingle, kInTemp};
     const std::string pair = "HD|UsesThreads\n\nT|$PID|EN|a\nT|$PID|EX\nT|TR";
     const std::string singlePair = "HD\n\nT|EN|a\nT|EX\nT|TR";
-    const std::vector<Scenario> scenarios = {
+    const std::string notCompared = "(not compared)";
+    const struct {
+        const char* name;
+        Environment environment;
+        const char* steps;
+        const char* out;
+        std::string journal;
+    } scenarios[] = {
         {"unset", {kInTemp}, "en:a ex lines dump", "lines=none dump=", "(none)"},
         {"empty", {"CV_JOURNAL_PERFORMANCE_ONLY=", kInTemp}, "en:a ex dump", "dump=", "(none)"},
-        {"on", {kOn, kInTemp}, "en:a ex lines dump", "lines=4 $J", pair.c_str()},
-        {"1 stays threaded", {kOn, kSingle, kInTemp}, "en:a ex dump", "$J", pair.c_str()},
-        {"true, alone, threaded", {kSingleOn, kInTemp}, "en:a ex dump", "$J", pair.c_str()},
-        {"single", {kSingleOn, kSingle, kInTemp}, "en:a ex dump", "$J", singlePair.c_str()},
+        {"on", on, "en:a ex lines dump", "lines=4 $J", pair},
+        {"1 stays threaded", {kOn, kSingle, kInTemp}, "en:a ex dump", "$J", pair},
+        {"true, alone, threaded", {kSingleOn, kInTemp}, "en:a ex dump", "$J", pair},
+        {"single", single, "en:a ex dump", "$J", singlePair},
         {"TRUE, set empty",
          {"CV_JOURNAL_PERFORMANCE_ONLY=TRUE", "CV_JOURNAL_PERFORMANCE_SINGLE_THREAD=", kInTemp},
          "en:a ex dump",
          "$J",
-         singlePair.c_str()},
-        {"nothing recorded", {kOn, kInTemp}, "dump lines", "dump= lines=none", "(none)"},
-        {"commands, markEnd of three",
-         {kSingleOn, kSingle, kInTemp},
-         "sc:login en:a ex3 ec:login dump",
-         "$J",
+         singlePair},
+        {"nothing recorded", on, "dump lines", "dump= lines=none", "(none)"},
+        {"commands, markEnd of three", single, "sc:login en:a ex3 ec:login dump", "$J",
          "HD\n\nT|SC|login\nT|EN|a\nT|EX\nT|EC|login\nT|TR"},
-        {"outermost end writes",
-         {kSingleOn, kSingle, kInTemp},
-         "en:a en:b lines ex lines ex lines",
-         "lines=none lines=none lines=6",
-         nullptr},
-        {"1001st pending line",
-         {kSingleOn, kSingle, kInTemp},
-         "en:a ex enters:1000 lines en:b lines",
-         "lines=4 lines=1005",
-         nullptr},
-        {"header counts",
-         {kSingleOn, kSingle, kInTemp},
-         "enters:998 lines en:x lines",
-         "lines=none lines=1001",
-         nullptr},
-        {"off drops, on restarts",
-         {kSingleOn, kSingle, kInTemp},
-         "en:a ex en:b off lines on en:c ex dump",
-         "lines=4 $J",
+        {"outermost end writes", single, "en:a en:b lines ex lines ex lines",
+         "lines=none lines=none lines=6", notCompared},
+        {"1001st pending line", single, "en:a ex enters:1000 lines en:b lines",
+         "lines=4 lines=1005", notCompared},
+        {"header counts", single, "enters:998 lines en:x lines", "lines=none lines=1001",
+         notCompared},
+        {"off drops, on restarts", single, "en:a ex en:b off lines on en:c ex dump", "lines=4 $J",
          "HD\n\nT|EN|c\nT|EX\nT|TR"},
-        {"enabled by the program", {kInTemp}, "on en:a ex dump", "$J", pair.c_str()},
-        {"TMP", {kOn, "TEMP=", "TMP=$DIR"}, "en:a ex dump", "$J", pair.c_str()},
+        {"enabled by the program", {kInTemp}, "on en:a ex dump", "$J", pair},
+        {"TMP", {kOn, "TEMP=", "TMP=$DIR"}, "en:a ex dump", "$J", pair},
         {"working directory",
          {kOn},
          "en:a ex dump",
          "dump=./cvsoa_journal_child_SOA$PID.pjl",
-         pair.c_str()},
+         pair},
         {"no directory",
          {kOn, "TEMP=/nonexistent-cvsoa"},
          "en:a ex dump on en:b ex dump",
          "dump= dump=",
          "(none)"},
-        {"thread provider",
-         {kOn, kInTemp},
-         "provider:77 en:a ex dump",
-         "$J",
+        {"thread provider", on, "provider:77 en:a ex dump", "$J",
          "HD|UsesThreads\n\nT|77|EN|a\nT|77|EX\nT|TR"},
-        {"scoped",
-         {kSingleOn, kSingle, kInTemp},
-         "scoped:op dump",
-         "$J",
-         "HD\n\nT|EN|op\nT|EX\nT|TR"},
+        {"scoped", single, "scoped:op dump", "$J", "HD\n\nT|EN|op\nT|EX\nT|TR"},
     };
-    for (const Scenario& scenario : scenarios) {
+    for (const auto& scenario : scenarios) {
         SCOPED_TRACE(scenario.name);
         const ChildRun result = run(scenario.environment, scenario.steps);
         EXPECT_EQ(result.out, replaceAll(scenario.out, "$J", kDumped));
-        if (scenario.journal != nullptr) {
+        if (scenario.journal != notCompared) {
             EXPECT_EQ(result.journal, scenario.journal);
         }
         fs::remove_all(m_dir);

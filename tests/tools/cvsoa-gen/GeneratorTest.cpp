@@ -2,9 +2,8 @@
 // and writes nothing.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
+#include "RunCommand.hpp"
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -14,22 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Outcome {
-    int status;
-    std::string output;
-};
-
-Outcome run(const std::string& arguments) {
-    const std::string command = std::string(CVSOA_GEN) + " " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string output;
-    char buffer[512];
-    std::size_t got = 0;
-    while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
-        output.append(buffer, got);
-    }
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+CommandOutcome run(const std::string& arguments) {
+    return runCommand(std::string(CVSOA_GEN) + " " + arguments + " 2>&1");
 }
 
 class Generator : public ::testing::Test {
@@ -53,7 +38,7 @@ protected:
                             << body << "\n</xsd:schema>\n";
         return file.string();
     }
-    Outcome generate(const std::string& file) const {
+    CommandOutcome generate(const std::string& file) const {
         return run("-o " + (m_dir / "out").string() + " -I " CVSOA_SOURCE_DIR "/schemas " + file);
     }
     bool wroteNothing() const { return fs::is_empty(m_dir / "out"); }
@@ -114,7 +99,7 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
     for (const Refusal& refusal : refusals) {
         SCOPED_TRACE(refusal.body);
         const std::string file = write(refusal.body);
-        const Outcome result = generate(file);
+        const CommandOutcome result = generate(file);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.output, file + ":" + refusal.message + "\n");
         EXPECT_TRUE(wroteNothing());
@@ -124,7 +109,7 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
 TEST_F(Generator, RefusesDocumentsTheReaderRefuses) {
     const std::string file = (m_dir / "Bad.xsd").string();
     std::ofstream(file) << "<!DOCTYPE x [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><x>&e;</x>";
-    const Outcome result = generate(file);
+    const CommandOutcome result = generate(file);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output.rfind(file + ": is not a well-formed XML document: Document Type", 0),
               0U)
@@ -139,7 +124,7 @@ TEST_F(Generator, WritesOneHeaderAndOneSourceAndDocumentsTheSubset) {
     EXPECT_EQ(generate(file).status, 0);
     EXPECT_TRUE(fs::exists(m_dir / "out/corvane/soa/schemas/Test/_2026_01/Gen.hpp"));
     EXPECT_TRUE(fs::exists(m_dir / "out/corvane/soa/schemas/Test/_2026_01/Gen.cpp"));
-    const Outcome help = run("--help");
+    const CommandOutcome help = run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.output.find("is not supported"), std::string::npos);
     EXPECT_EQ(run("").status, 2);
