@@ -26,9 +26,10 @@ CommandOutcome convert(const std::string& arguments, const std::string& input) {
     return outcome;
 }
 
-const std::string kFiles = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
+constexpr const char* kFilesUri = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
 
 TEST(ConvertCommand, ConvertsOrExplains) {
+    const std::string kFiles = kFilesUri;
     const std::string xml = "<ns0:TicketMap xmlns:ns0=\"" + kFiles +
                             "\" value=\"t\"><ns0:key uid=\"u\"/></ns0:TicketMap>";
     const std::string json =
@@ -71,7 +72,7 @@ TEST(ConvertCommand, ConvertsOrExplains) {
 TEST(ConvertCommand, WritesTheOutputWholeOrNotAtAll) {
     const fs::path out = fs::temp_directory_path() / "cvsoa-convert-test.json";
     fs::remove(out);
-    const std::string start = "<x:TicketMap xmlns:x=\"" + kFiles + "\"";
+    const std::string start = std::string("<x:TicketMap xmlns:x=\"") + kFilesUri + "\"";
     EXPECT_EQ(convert("- -o " + out.string(), start + "/>").status, 0);
     EXPECT_TRUE(fs::exists(out));
     fs::remove(out);
