@@ -1,10 +1,12 @@
 #include <corvane/soa/internal/common/PolicyMarshaller.hpp>
 
+#include "common/xml/ElementSink.hpp"
+#include "internal/common/PolicyDocumentReader.hpp"
+
 #include <corvane/soa/common/ObjectPropertyPolicy.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
-#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/StringStream.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
@@ -149,14 +151,16 @@ void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const std::string& pat
     if (!isReadableFile(path)) {
         throw IOException("Error while loading the policy file specified in:" + path);
     }
-    // Policy texts are UTF-8, whatever the process's local code page.
-    ::Corvane::Soa::Common::Xml::SAXToNodeParser parser;
-    load(policy, *parser.parseFile(path, "UTF-8"));
+    // Policy texts are UTF-8, whatever the process's local code page. The elements go to the
+    // model as they are read, with no tree between (a policy file may be large).
+    PolicyDocumentReader reader;
+    ::Corvane::Soa::Common::Xml::parseFileInto(path, "UTF-8", reader);
+    reader.apply(policy);
 }
 
 void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
     if (root.getName() != "ObjectPropertyPolicy") {
-        throw DomException("Invalid root node:" + root.getName() + kSchemaNote);
+        throw DomException(PolicyDocumentReader::invalidRoot(root.getName()));
     }
     readFlags(root, policy);
     for (const XMLNode* child : root.getChildren()) {
@@ -166,15 +170,14 @@ void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
             parse(*child, type);
             policy.addType(std::move(type));
         } else if (name != "Include") {
-            throw DomException("Unexpected element: " + name + kSchemaNote);
+            throw DomException(PolicyDocumentReader::unexpectedElement(name));
         }
     }
 }
 
 void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
     if (!node.existsAttr(kName)) {
-        throw DomException(std::string("The ") + "ObjectType" + "node does not have the " + "name" +
-                           "' attribute.'" + kSchemaNote);
+        throw DomException(PolicyDocumentReader::typeWithoutName());
     }
     type.setName(node.getAttr(kName));
     readFlags(node, type);
@@ -187,7 +190,7 @@ void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
 
 void PolicyMarshaller::parse(const XMLNode& node, PolicyProperty& property) {
     if (node.getName() != "Property" || !node.existsAttr(kName)) {
-        throw DomException(std::string("Invalid child") + "Property" + "element.");
+        throw DomException(PolicyDocumentReader::invalidProperty());
     }
     property.setName(node.getAttr(kName));
     readFlags(node, property);
