@@ -1,5 +1,7 @@
 // Any byte string loaded as a policy file gives a policy, a DomException or an IOException;
-// nothing else. A policy that loads saves to a text that loads back into an equal policy.
+// nothing else. Loading the file, which reads it with no tree, ends as reading the file into the
+// XML reader's tree and the tree into a policy does: the same policy, or the same message. A
+// policy that loads saves to a text that loads back into an equal policy.
 #include <corvane/soa/common/ObjectPropertyPolicy.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
@@ -35,11 +37,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     }
     ObjectPropertyPolicy policy;
+    std::string message;
     try {
         policy.load(inputPath());
-    } catch (const DomException&) {
-        return 0;
-    } catch (const IOException&) {
+    } catch (const DomException& e) {
+        message = "DomException: " + e.getMessage();
+    } catch (const IOException& e) {
+        message = "IOException: " + e.getMessage();
+    }
+    ObjectPropertyPolicy fromTree;
+    std::string treeMessage;
+    try {
+        SAXToNodeParser parser;
+        PolicyMarshaller::load(fromTree, *parser.parseFile(inputPath(), "UTF-8"));
+    } catch (const DomException& e) {
+        treeMessage = "DomException: " + e.getMessage();
+    }
+    if (message != treeMessage || !(policy == fromTree)) {
+        std::abort();
+    }
+    if (!message.empty()) {
         return 0;
     }
     // Flag modifiers only, as loading makes them: the saved text holds all of the policy.

@@ -7,6 +7,7 @@
 #include "AsciiText.hpp"
 #include "BlockArena.hpp"
 #include "DeclarationCheck.hpp"
+#include "ElementSink.hpp"
 #include "EventRecord.hpp"
 #include "GrowingBytes.hpp"
 #include "IStreamInputSource.hpp"
@@ -99,8 +100,8 @@ std::size_t lengthOf(const XMLCh* text) { return text == nullptr ? 0 : AsciiText
 
 }  // namespace
 
-// The Xerces handler behind the parser: builds the tree and turns every failure into a
-// DomException.
+// The Xerces handler behind the parser: builds the tree, or hands the elements to a sink, and
+// turns every failure into a DomException.
 class SAXToNodeParser::Impl : public X::DefaultHandler {
 public:
     Impl() = default;
@@ -109,6 +110,9 @@ public:
     ~Impl() override { discard(); }
 
     XMLNode* parse(const X::InputSource& source, const std::string& documentName);
+    // Parses as `parse` does, handing the elements to `sink` instead of building a tree.
+    void parseInto(const X::InputSource& source, const std::string& documentName,
+                   ElementSink& sink);
     void discard();
 
     // ContentHandler
@@ -210,6 +214,9 @@ private:
 
     // Building, between pieces of the scan.
     void build();
+    // Or handing the elements over, when there is a sink.
+    void feed();
+    void feedStart(const char16_t*& event);
     void buildStart(const char16_t*& event);
     void buildText(const char16_t* text, std::size_t length);
     void buildText(const char* bytes, std::size_t size);
@@ -459,6 +466,11 @@ private:
     GrowingBytes m_openText;
 
     Tree m_tree;
+
+    // Where the elements go instead of the tree, during parseInto.
+    ElementSink* m_sink = nullptr;
+    std::vector<ElementSink::Attribute> m_sinkAttributes;
+    std::vector<std::string> m_sinkValues;  // values that had to be converted
 };
 
 std::string SAXToNodeParser::Impl::position(const std::string& heading, const XMLCh* systemId,
@@ -701,6 +713,9 @@ void SAXToNodeParser::Impl::largeText(const XMLCh* chars, std::size_t length) {
 }
 
 void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t length) {
+    if (m_sink != nullptr) {
+        return;  // a sink takes no text
+    }
     if (length >= kLargeText) {
         largeText(chars, length);
         return;
@@ -761,6 +776,10 @@ void SAXToNodeParser::Impl::appendOpenText(const char16_t* units, std::size_t le
 }
 
 void SAXToNodeParser::Impl::build() {
+    if (m_sink != nullptr) {
+        feed();
+        return;
+    }
     const char16_t* event = m_events.data();
     const char16_t* const end = event + m_events.size();
     while (event < end) {
@@ -787,6 +806,50 @@ void SAXToNodeParser::Impl::build() {
     }
     m_events.clear();
     m_textEnd = kNoText;
+}
+
+void SAXToNodeParser::Impl::feed() {
+    const char16_t* event = m_events.data();
+    const char16_t* const end = event + m_events.size();
+    while (event < end) {
+        if (*event++ == kStart) {
+            feedStart(event);
+        } else {  // no text is recorded for a sink
+            m_sink->endElement();
+        }
+    }
+    m_events.clear();
+    m_textEnd = kNoText;
+}
+
+void SAXToNodeParser::Impl::feedStart(const char16_t*& event) {
+    const Name& name = readName(event);
+    const std::size_t count = readLength(event);
+    m_sinkAttributes.clear();
+    if (m_sinkValues.size() < count) {
+        m_sinkValues.resize(count);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const char16_t kind = *event++;
+        if (kind == kXsiType) {
+            readName(event);
+            continue;
+        }
+        const std::size_t valueLength = readLength(event);
+        std::string_view value;
+        if (kind == kAttribute) {
+            value = std::string_view(reinterpret_cast<const char*>(event), valueLength);
+            event += unitsForBytes(valueLength);
+        } else {
+            std::string& converted = m_sinkValues[i];
+            converted.clear();
+            appendLocal(event, valueLength, converted, m_replace);
+            value = converted;
+            event += valueLength;
+        }
+        m_sinkAttributes.push_back({&readName(event).text, value});
+    }
+    m_sink->startElement(name.text, m_sinkAttributes.data(), m_sinkAttributes.size());
 }
 
 void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
@@ -1027,10 +1090,61 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
     }
     m_locator = nullptr;
     clearOpen();
-    if (m_root == nullptr) {
+    if (m_root == nullptr && (m_sink == nullptr || !m_begun)) {
         throw DomException("XML Document '" + documentName + "' does not exist.\n");
     }
     return m_root;
+}
+
+void SAXToNodeParser::Impl::parseInto(const X::InputSource& source, const std::string& documentName,
+                                      ElementSink& sink) {
+    m_sink = &sink;
+    struct Detach {
+        ElementSink*& sink;
+        ~Detach() { sink = nullptr; }
+    } detach{m_sink};
+    parse(source, documentName);
+}
+
+namespace {
+
+// The whole content of the file at `path`, read in large pieces; false when it cannot be opened.
+bool readFile(const std::string& path, std::string& content) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return false;
+    }
+    // Room for all of a regular file at once; what else can be read grows as it comes.
+    if (file.seekg(0, std::ios::end)) {
+        const std::streamoff size = file.tellg();
+        file.seekg(0, std::ios::beg);
+        if (size > 0) {
+            content.reserve(static_cast<std::size_t>(size));
+        }
+    }
+    file.clear();  // a stream that cannot seek is read from where it is
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    std::unique_ptr<char[]> piece(new char[kPiece]);
+    while (file.read(piece.get(), kPiece) || file.gcount() > 0) {
+        content.append(piece.get(), static_cast<std::size_t>(file.gcount()));
+    }
+    return true;
+}
+
+}  // namespace
+
+void parseFileInto(const std::string& path, const std::string& encoding, ElementSink& sink) {
+    initializeXerces();
+    std::string content;
+    if (!readFile(path, content)) {
+        throw DomException("XML Document '" + path + "' does not exist.\n");
+    }
+    X::MemBufInputSource source(reinterpret_cast<const XMLByte*>(content.data()), content.size(),
+                                path.c_str(), false);
+    source.setCopyBufToStream(false);
+    SAXToNodeParser::Impl scanner;
+    scanner.m_encoding = encoding;
+    scanner.parseInto(source, path, sink);
 }
 
 SAXToNodeParser::SAXToNodeParser() : m_impl(std::make_unique<Impl>()) {}
@@ -1069,13 +1183,11 @@ XMLNode* SAXToNodeParser::parseStream(std::istream* in, const std::string& encod
 
 XMLNode* SAXToNodeParser::parseFile(const std::string& path) {
     initializeXerces();
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
+    std::string content;
+    if (!readFile(path, content)) {
         m_impl->discard();
         throw DomException("XML Document '" + path + "' does not exist.\n");
     }
-    const std::string content((std::istreambuf_iterator<char>(file)),
-                              std::istreambuf_iterator<char>());
     X::MemBufInputSource source(reinterpret_cast<const XMLByte*>(content.data()), content.size(),
                                 path.c_str(), false);
     source.setCopyBufToStream(false);

@@ -1,14 +1,16 @@
 #include <corvane/soa/internal/common/PolicyMarshaller.hpp>
 
-#include "internal/common/PolicyDocumentWriter.hpp"
+#include "common/xml/ElementSink.hpp"
+#include "internal/common/PolicyDocumentReader.hpp"
 
 #include <corvane/soa/common/ObjectPropertyPolicy.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/LexicalCast.hpp>
-#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
+#include <corvane/soa/common/xml/StringStream.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlStream.hpp>
+#include <corvane/soa/schemas/Soa/Objectpropertypolicy.hpp>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -21,12 +23,15 @@ namespace Corvane::Soa::Internal::Common {
 
 namespace {
 
+using ::Corvane::Soa::Common::AutoPtr;
 using ::Corvane::Soa::Common::ObjectPropertyPolicy;
 using ::Corvane::Soa::Common::PolicyProperty;
 using ::Corvane::Soa::Common::PolicyType;
 using ::Corvane::Soa::Common::Exceptions::DomException;
 using ::Corvane::Soa::Common::Exceptions::IOException;
+using ::Corvane::Soa::Common::Xml::StringStream;
 using ::Corvane::Soa::Common::Xml::XMLNode;
+namespace Schema = ::Corvane::Schemas::Soa::Objectpropertypolicy;
 
 constexpr const char* kName = "name";
 
@@ -40,6 +45,35 @@ void readFlags(const XMLNode& node, Target& target) {
                                          node.getAttr(flag)));
         }
     }
+}
+
+// The flag modifiers of `model` become the flag attributes of `out`, "1" or "0" as the model
+// reads them. The schema types also know "excludeIsModifiable", which is not a flag: it is
+// never set from a model. A model holds few modifiers, so each is matched against the flags
+// rather than each flag looked up among them.
+template <class Model, class Out>
+void writeFlags(const Model& model, Out& out) {
+    using Setter = void (Out::*)(const bool&);
+    static constexpr Setter setters[] = {
+        &Out::setWithProperties, &Out::setExcludeUiValues, &Out::setIncludeIsModifiable,
+        &Out::setAsAttribute,    &Out::setUIValueOnly,     &Out::setExcludeParentProperties};
+    const auto& flags = PolicyMarshaller::flags();
+    for (const auto& [name, value] : model.getModifiers()) {
+        for (std::size_t i = 0; i < flags.size(); ++i) {
+            if (name == flags[i]) {
+                (out.*setters[i])(value == "1" || value == "true");
+                break;
+            }
+        }
+    }
+}
+
+// The policy file's text: the XML declaration and the schema-side form of `policy`.
+void writeDocument(const ObjectPropertyPolicy& policy, std::ostream& out) {
+    ::Corvane::Soa::Common::Xml::XmlStream stream(&out);
+    stream << R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    PolicyMarshaller::serialize(policy)->outputXML(stream);
+    stream << "\n";
 }
 
 // Whether the file can be opened for reading and is not a directory.
@@ -117,14 +151,16 @@ void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const std::string& pat
     if (!isReadableFile(path)) {
         throw IOException("Error while loading the policy file specified in:" + path);
     }
-    // Policy texts are UTF-8, whatever the process's local code page.
-    ::Corvane::Soa::Common::Xml::SAXToNodeParser parser;
-    load(policy, *parser.parseFile(path, "UTF-8"));
+    // Policy texts are UTF-8, whatever the process's local code page. The elements go to the
+    // model as they are read, with no tree between (a policy file may be large).
+    PolicyDocumentReader reader;
+    ::Corvane::Soa::Common::Xml::parseFileInto(path, "UTF-8", reader);
+    reader.apply(policy);
 }
 
 void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
     if (root.getName() != "ObjectPropertyPolicy") {
-        throw DomException("Invalid root node:" + root.getName() + kSchemaNote);
+        throw DomException(PolicyDocumentReader::invalidRoot(root.getName()));
     }
     readFlags(root, policy);
     for (const XMLNode* child : root.getChildren()) {
@@ -134,15 +170,14 @@ void PolicyMarshaller::load(ObjectPropertyPolicy& policy, const XMLNode& root) {
             parse(*child, type);
             policy.addType(std::move(type));
         } else if (name != "Include") {
-            throw DomException("Unexpected element: " + name + kSchemaNote);
+            throw DomException(PolicyDocumentReader::unexpectedElement(name));
         }
     }
 }
 
 void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
     if (!node.existsAttr(kName)) {
-        throw DomException(std::string("The ") + "ObjectType" + "node does not have the " + "name" +
-                           "' attribute.'" + kSchemaNote);
+        throw DomException(PolicyDocumentReader::typeWithoutName());
     }
     type.setName(node.getAttr(kName));
     readFlags(node, type);
@@ -155,22 +190,53 @@ void PolicyMarshaller::parse(const XMLNode& node, PolicyType& type) {
 
 void PolicyMarshaller::parse(const XMLNode& node, PolicyProperty& property) {
     if (node.getName() != "Property" || !node.existsAttr(kName)) {
-        throw DomException(std::string("Invalid child") + "Property" + "element.");
+        throw DomException(PolicyDocumentReader::invalidProperty());
     }
     property.setName(node.getAttr(kName));
     readFlags(node, property);
 }
 
+AutoPtr<Schema::ObjectPropertyPolicy> PolicyMarshaller::serialize(
+    const ObjectPropertyPolicy& policy) {
+    AutoPtr<Schema::ObjectPropertyPolicy> out(new Schema::ObjectPropertyPolicy);
+    writeFlags(policy, *out);
+    auto& types = out->getObjectType();
+    types.reserve(policy.getTypes().size());
+    for (const PolicyType& type : policy.getTypes()) {
+        types.push_back(serialize(type));
+    }
+    return out;
+}
+
+AutoPtr<Schema::ObjectType> PolicyMarshaller::serialize(const PolicyType& type) {
+    AutoPtr<Schema::ObjectType> out(new Schema::ObjectType);
+    out->getName() = type.getName();
+    writeFlags(type, *out);
+    auto& properties = out->getProperty();
+    properties.reserve(type.getProperties().size());
+    for (const PolicyProperty& property : type.getProperties()) {
+        properties.push_back(serialize(property));
+    }
+    return out;
+}
+
+AutoPtr<Schema::Property> PolicyMarshaller::serialize(const PolicyProperty& property) {
+    AutoPtr<Schema::Property> out(new Schema::Property);
+    out->getName() = property.getName();
+    writeFlags(property, *out);
+    return out;
+}
+
 std::string PolicyMarshaller::toXml(const ObjectPropertyPolicy& policy) {
-    ::Corvane::Soa::Common::Xml::XmlStream stream;
-    stream << R"(<?xml version="1.0" encoding="UTF-8"?>)";
-    writePolicyDocument(policy, stream);
-    stream << "\n";
-    return stream.str();
+    StringStream text;
+    writeDocument(policy, text);
+    return text.str();
 }
 
 void PolicyMarshaller::save(const ObjectPropertyPolicy& policy, const std::string& path) {
-    const std::string text = toXml(policy);
+    // The text is written from where it was made: a file's worth, not copied once more.
+    StringStream text;
+    writeDocument(policy, text);
     createDir(path);
 
     const IOException failure("'Error while creating file under:-'" + path);
@@ -186,7 +252,7 @@ void PolicyMarshaller::save(const ObjectPropertyPolicy& policy, const std::strin
     }
     // The text reaches the disk before the new file takes the target's place, so that the target
     // holds one whole version or the other even after a crash.
-    const bool written = writeAll(fd, text) && ::fsync(fd) == 0;
+    const bool written = writeAll(fd, text.str()) && ::fsync(fd) == 0;
     if (::close(fd) != 0 || !written || ::rename(tempPath.c_str(), path.c_str()) != 0) {
         ::unlink(tempPath.c_str());
         throw failure;

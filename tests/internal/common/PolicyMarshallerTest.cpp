@@ -1,6 +1,8 @@
+#include <corvane/soa/common/IPropertyPolicyChangeListener.hpp>
 #include <corvane/soa/common/ObjectPropertyPolicy.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
+#include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/internal/common/PolicyMarshaller.hpp>
 
 #include <gtest/gtest.h>
@@ -102,6 +104,70 @@ TEST_F(PolicyFile, LoadsFlagsAtEveryLevelAndRefusesMisplacedElements) {
     EXPECT_EQ(PolicyText::of(policy), "A{}");
     EXPECT_TRUE(PolicyMarshaller::isAFlag("uIValueOnly"));
     EXPECT_FALSE(PolicyMarshaller::isAFlag("excludeIsModifiable"));
+}
+
+// A file is read with no tree between; the result, the message and what the listeners hear
+// must be those of reading the file into the XML reader's tree and the tree into the policy.
+TEST_F(PolicyFile, LoadingAFileEndsAsLoadingItsTree) {
+    struct Log : Corvane::Soa::Common::IPropertyPolicyChangeListener {
+        void propertyAdded(PolicyType& type, const std::string& name,
+                           Corvane::Soa::Common::PolicyProperty&) override {
+            text += type.getName() + "." + name + " ";
+        }
+        std::string text;
+    } log;
+    PolicyType::addPropertyPolicyChangeListener(&log);
+    std::string deep;
+    for (int i = 0; i < 1100; ++i) {
+        deep += "<x>";
+    }
+    const std::string cases[] = {
+        // A misplaced element, then the document breaks off: the reader's fault, nothing added.
+        "<ObjectPropertyPolicy><ObjectType name='A'><Property name='a'/></ObjectType><Other/>"
+        "<ObjectType name='B'>",
+        // The properties before a faulty one are added to its type (and heard), the type is not.
+        "<ObjectPropertyPolicy withProperties='1'><ObjectType name='A'><Property name='a'/>"
+        "</ObjectType><ObjectType name='B' asAttribute='1'><Property name='b'/><Property/>"
+        "<Property name='c'/></ObjectType></ObjectPropertyPolicy>",
+        "<!DOCTYPE ObjectPropertyPolicy><ObjectPropertyPolicy/>",
+        "<ObjectPropertyPolicy><Include>" + deep,
+        "<?xml version='1.0 '?><ObjectPropertyPolicy/>",
+        // Prefixed attributes are not flags, xsi:type is no attribute, values are converted.
+        "<p:ObjectPropertyPolicy xmlns:p='urn:p' xmlns:xsi='http://www.w3.org/2001/"
+        "XMLSchema-instance' xsi:type='p:T' p:asAttribute='1' uIValueOnly='&#x31;'>"
+        "<p:ObjectType name='\xC3\x9C&amp;&#xE9;' p:withProperties='1'><p:Property name='a'/>"
+        "<p:Property name='\xE2\x82\xAC' uIValueOnly='0'><Deeper/></p:Property></p:ObjectType>"
+        "<p:ObjectType p:name='X'/></p:ObjectPropertyPolicy>",
+    };
+    std::string outcomes[2];
+    for (const std::string& text : cases) {
+        const std::string path = write("in.xml", text);
+        for (int way = 0; way < 2; ++way) {
+            ObjectPropertyPolicy policy;
+            policy.addType("Z{z}");
+            log.text.clear();
+            try {
+                if (way == 0) {
+                    policy.load(path);
+                } else {
+                    Corvane::Soa::Common::Xml::SAXToNodeParser parser;
+                    PolicyMarshaller::load(policy, *parser.parseFile(path, "UTF-8"));
+                }
+                outcomes[way] = PolicyText::of(policy);
+            } catch (const DomException& e) {
+                outcomes[way] = PolicyText::of(policy) + " DomException: " + e.getMessage();
+            }
+            outcomes[way] += " heard: " + log.text;
+        }
+        EXPECT_EQ(outcomes[0], outcomes[1]) << text;
+    }
+    PolicyType::removePropertyPolicyChangeListener(&log);
+    // The last case, for the record: every level read, and the type without "name" refused.
+    EXPECT_EQ(outcomes[0],
+              "(uIValueOnly=1) Z{z} \xC3\x9C&\xC3\xA9(uIValueOnly=1){"
+              "a(uIValueOnly=1), \xE2\x82\xAC(uIValueOnly=0)} DomException: " +
+                  noted("The ObjectTypenode does not have the name' attribute.'") +
+                  " heard: \xC3\x9C&\xC3\xA9.a \xC3\x9C&\xC3\xA9.\xE2\x82\xAC ");
 }
 
 TEST_F(PolicyFile, FilesThatCannotBeReadAreIOExceptions) {

@@ -10,6 +10,7 @@
 
 namespace Corvane::Soa::Common::Xml {
 
+class ElementSink;
 class XMLNode;
 
 /// Reads an XML document in one pass into a tree of `XMLNode`s. Element names, attribute
@@ -76,6 +77,11 @@ public:
     static void replaceHexOneA(bool replace);
 
 private:
+    // The library's own readers that take the elements without a tree: parseFile's scan, with
+    // its checks and messages, feeding them.
+    friend void parseFileInto(const std::string& path, const std::string& encoding,
+                              ElementSink& sink);
+
     class Impl;
     std::unique_ptr<Impl> m_impl;
 };

@@ -2,6 +2,7 @@
 #define CORVANE_SOA_INTERNAL_COMMON_POLICYMARSHALLER_HPP
 
 #include <corvane/soa/Export.hpp>
+#include <corvane/soa/common/AutoPtr.hpp>
 
 #include <array>
 #include <string>
@@ -15,6 +16,12 @@ class PolicyType;
 namespace Corvane::Soa::Common::Xml {
 class XMLNode;
 }  // namespace Corvane::Soa::Common::Xml
+
+namespace Corvane::Schemas::Soa::Objectpropertypolicy {
+class ObjectPropertyPolicy;
+class ObjectType;
+class Property;
+}  // namespace Corvane::Schemas::Soa::Objectpropertypolicy
 
 namespace Corvane::Soa::Internal::Common {
 
@@ -63,8 +70,22 @@ public:
     static void parse(const ::Corvane::Soa::Common::Xml::XMLNode& node,
                       ::Corvane::Soa::Common::PolicyProperty& property);
 
-    /// The text of the policy file for `policy`: an XML declaration and the document. Modifiers
-    /// that are not flags are not written.
+    /// The schema-side form of `policy`: its flag modifiers as attributes ("1" or "0") and an
+    /// "ObjectType" for each type, in name order. Modifiers that are not flags are dropped.
+    static ::Corvane::Soa::Common::AutoPtr<
+        ::Corvane::Schemas::Soa::Objectpropertypolicy::ObjectPropertyPolicy>
+    serialize(const ::Corvane::Soa::Common::ObjectPropertyPolicy& policy);
+    /// The schema-side form of `type`: its name, its flag modifiers and a "Property" for each
+    /// property, in name order.
+    static ::Corvane::Soa::Common::AutoPtr<
+        ::Corvane::Schemas::Soa::Objectpropertypolicy::ObjectType>
+    serialize(const ::Corvane::Soa::Common::PolicyType& type);
+    /// The schema-side form of `property`: its name and its flag modifiers.
+    static ::Corvane::Soa::Common::AutoPtr<::Corvane::Schemas::Soa::Objectpropertypolicy::Property>
+    serialize(const ::Corvane::Soa::Common::PolicyProperty& property);
+
+    /// The text of the policy file for `policy`: an XML declaration and `serialize(policy)` as
+    /// the document.
     static std::string toXml(const ::Corvane::Soa::Common::ObjectPropertyPolicy& policy);
     /// Writes `toXml(policy)` to `path` after `createDir(path)`. The text goes to a new file
     /// beside the target, which then replaces the target in one step; on any fault the new file
