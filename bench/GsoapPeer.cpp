@@ -3,7 +3,7 @@
 
 #include <soapH.h>
 
-#include <base.nsmap>
+#include <fm.nsmap>
 #include <sstream>
 #include <stdexcept>
 
