@@ -97,25 +97,8 @@ std::string jsonOf(const Files::FileTicketsResponse& response) {
     return out.str();
 }
 
-// The generated types' XML, with the service data named as the schema names it, which is what
-// the peers read: the writer names it <ns1:ServiceData> in the Base namespace, an element that
-// the schema does not have, and both peers refuse it.
-std::string schemaValid(std::string text) {
-    const std::string written = "<ns1:ServiceData></ns1:ServiceData>";
-    const auto at = text.rfind(written);
-    if (at != std::string::npos) {
-        text.replace(at, written.size(), "<ns0:serviceData></ns0:serviceData>");
-    }
-    return text;
-}
-
 const std::string& xmlText() {
     static const std::string text = xmlOf(*makeResponse());
-    return text;
-}
-
-const std::string& peerXmlText() {
-    static const std::string text = schemaValid(xmlText());
     return text;
 }
 
@@ -177,17 +160,16 @@ std::size_t heapInUse() {
 
 std::vector<Binder> binders() {
     std::vector<Binder> result;
-    const bool sameXml = peerXmlText() == xmlText();
     result.push_back(
         {"Xml", "generated", [] { return std::make_unique<GeneratedXml>(); }, &xmlText(), true});
 #ifdef CVSOA_BENCH_XSD
-    result.push_back({"Xml", "CodeSynthesis", cvsoa::bench::makeXsdPeer, &peerXmlText(), true});
+    result.push_back({"Xml", "CodeSynthesis", cvsoa::bench::makeXsdPeer, &xmlText(), true});
 #else
     std::cout << "CodeSynthesis XSD left out: xsdcxx was not found at configure time "
                  "(scripts/install-deps bench installs it)\n";
 #endif
 #ifdef CVSOA_BENCH_GSOAP
-    result.push_back({"Xml", "gSOAP", cvsoa::bench::makeGsoapPeer, &peerXmlText(), true});
+    result.push_back({"Xml", "gSOAP", cvsoa::bench::makeGsoapPeer, &xmlText(), true});
 #else
     std::cout << "gSOAP left out: wsdl2h, soapcpp2 or gsoap++ was not found at configure time "
                  "(scripts/install-deps bench installs them)\n";
@@ -195,10 +177,6 @@ std::vector<Binder> binders() {
     result.push_back({"Json", "generated", [] { return std::make_unique<GeneratedJson>(); },
                       &jsonText(), false});
     result.push_back({"Json", "nlohmann", cvsoa::bench::makeNlohmannPeer, &jsonText(), false});
-    if (!sameXml) {
-        std::cout << "The XML peers read the generated types' document with its service data "
-                     "named <ns0:serviceData>, as the schema names it\n";
-    }
     return result;
 }
 
