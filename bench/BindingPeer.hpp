@@ -12,6 +12,38 @@
 
 namespace cvsoa::bench {
 
+// One model object of a response's service data, mixed text by text in a fixed order: its uid, its
+// optional attributes, then each property list with its properties' names and values. An absent
+// optional attribute mixes a byte that no text mixes, so absent and empty differ.
+class ObjectDigest {
+public:
+    ObjectDigest& text(const std::string& value) {
+        for (const char c : value) {
+            step(static_cast<unsigned char>(c));
+        }
+        step(0xffU);
+        return *this;
+    }
+    ObjectDigest& optional(const std::string* value) {
+        return value != nullptr ? text(*value) : mark(0xfeU);
+    }
+    ObjectDigest& flag(const bool* value) {
+        return value != nullptr ? mark(*value ? 0xfcU : 0xfdU) : mark(0xfeU);
+    }
+    // The start of a list of `size` entries.
+    ObjectDigest& list(std::size_t size) { return text(std::to_string(size)); }
+    std::uint64_t value() const { return m_hash; }
+
+private:
+    void step(unsigned value) { m_hash = (m_hash ^ value) * 1099511628211ULL; }
+    ObjectDigest& mark(unsigned value) {
+        step(value);
+        return *this;
+    }
+
+    std::uint64_t m_hash = 14695981039346656037ULL;
+};
+
 // What a bound document holds, for checking that every peer read the same data: the number of
 // tickets and a hash of their keys, and of their values when given. The hashes of the tickets
 // are summed, so that a peer that keeps a map in key order sums to the same.
@@ -34,8 +66,23 @@ struct BindingSummary {
         ++tickets;
         hash += h;
     }
+    // The service data: its model objects, in document order, and the uids of its text lists.
+    std::size_t objects = 0;
+    std::uint64_t objectHash = 0;
+
+    void addObject(const ObjectDigest& digest) {
+        objectHash = objectHash * 31U + digest.value();
+        ++objects;
+    }
+    // An entry of the service data's list `list` ("created", "updated" or "deleted"), added after
+    // the objects, list by list.
+    void addListed(const char* list, const std::string& uid) {
+        objectHash = objectHash * 31U + ObjectDigest().text(list).text(uid).value();
+    }
+
     bool operator==(const BindingSummary& other) const {
-        return tickets == other.tickets && hash == other.hash;
+        return tickets == other.tickets && hash == other.hash && objects == other.objects &&
+               objectHash == other.objectHash;
     }
 };
 

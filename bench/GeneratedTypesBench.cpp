@@ -1,11 +1,14 @@
 // Binding a 10 MB FileTicketsResponse to its generated type and writing it back, in XML and in
 // JSON, side by side with the binding peers built from the same schema files: CodeSynthesis XSD
-// and gSOAP for XML, nlohmann/json on equivalent plain structs for JSON. Every peer's bound
-// objects are checked to hold the same tickets before anything is timed. Also printed: the heap
-// that each bound document holds against the document's size, and the heap blocks that binding
-// costs per bound element.
+// and gSOAP for XML, nlohmann/json on equivalent plain structs for JSON. Two documents: one of
+// 100,000 tickets, and one of a few tickets whose service data holds model objects with
+// properties (the benchmarks named Objects/...). Every peer's bound objects are checked to hold
+// the same tickets and objects before anything is timed. Also printed: the heap that each bound
+// document holds against the document's size, and the heap blocks that binding costs per bound
+// element.
 #include "BindingPeer.hpp"
 #include "RatioReporter.hpp"
+#include "ServiceDataDocument.hpp"
 
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
@@ -20,6 +23,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <iomanip>
 #include <iostream>
@@ -80,6 +84,7 @@ BindingSummary summaryOf(const Files::FileTicketsResponse& response, bool withVa
     for (const auto& ticket : response.getTickets()) {
         result.add(ticket->getKey()->getUid(), withValues ? &ticket->getValue() : nullptr);
     }
+    cvsoa::bench::addServiceData(*response.getServiceData(), result);
     return result;
 }
 
@@ -104,6 +109,16 @@ const std::string& xmlText() {
 
 const std::string& jsonText() {
     static const std::string text = jsonOf(*makeResponse());
+    return text;
+}
+
+const std::string& objectsXmlText() {
+    static const std::string text = xmlOf(*cvsoa::bench::makeServiceDataResponse());
+    return text;
+}
+
+const std::string& objectsJsonText() {
+    static const std::string text = jsonOf(*cvsoa::bench::makeServiceDataResponse());
     return text;
 }
 
@@ -151,7 +166,21 @@ struct Binder {
     PeerFactory make;
     const std::string* document;
     bool keepsValues;
+    // Before the benchmark names: empty for the tickets document, "Objects/" for the other.
+    std::string prefix{};
+    std::size_t elements = kElements;
 };
+
+// The same binders on the document whose service data holds model objects.
+std::vector<Binder> objectBinders(const std::vector<Binder>& tickets, std::size_t elements) {
+    std::vector<Binder> result = tickets;
+    for (Binder& binder : result) {
+        binder.document = binder.format == "Xml" ? &objectsXmlText() : &objectsJsonText();
+        binder.prefix = "Objects/";
+        binder.elements = elements;
+    }
+    return result;
+}
 
 std::size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();
@@ -185,7 +214,7 @@ std::vector<Binder> binders() {
 // reading, the reader's own passing blocks included. (gSOAP takes most of its blocks with malloc,
 // which the count does not see.)
 bool check(const Binder& binder, const BindingSummary& expected, std::ostream& os) {
-    const std::string label = binder.format + " " + binder.name;
+    const std::string label = binder.prefix + binder.format + " " + binder.name;
     try {
         const std::size_t heapBefore = heapInUse();
         const std::size_t blocksBefore = gAllocations.load();
@@ -197,15 +226,16 @@ bool check(const Binder& binder, const BindingSummary& expected, std::ostream& o
         std::unique_ptr<BindingPeer> again = binder.make();
         again->read(peer->write());
         if (!(read == expected) || !(again->summary(binder.keepsValues) == expected)) {
-            os << label << ": the bound tickets differ (" << read.tickets << " read, "
-               << expected.tickets << " written)\n";
+            os << label << ": the bound tickets or objects differ (" << read.tickets << " and "
+               << read.objects << " read, " << expected.tickets << " and " << expected.objects
+               << " written)\n";
             return false;
         }
         os << std::fixed << std::setprecision(2) << "memory " << label << ": " << held / 1e6
            << " MB held by the bound document, "
            << held / static_cast<double>(binder.document->size()) << "x the document ("
            << static_cast<double>(binder.document->size()) / 1e6 << " MB); "
-           << static_cast<double>(blocks) / kElements
+           << static_cast<double>(blocks) / static_cast<double>(binder.elements)
            << " operator new blocks allocated while reading, per bound element\n";
         return true;
     } catch (const std::exception& error) {
@@ -219,7 +249,7 @@ void registerBinder(const Binder& binder) {
     // tickets; their texts differ only in namespace declarations and white space.
     const std::size_t bytes = binder.document->size();
     benchmark::RegisterBenchmark(
-        (binder.format + "ReadAndBind/" + binder.name).c_str(),
+        (binder.prefix + binder.format + "ReadAndBind/" + binder.name).c_str(),
         [binder, bytes](benchmark::State& state) {
             std::unique_ptr<BindingPeer> peer = binder.make();
             for (auto _ : state) {
@@ -229,7 +259,7 @@ void registerBinder(const Binder& binder) {
         })
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(
-        (binder.format + "Write/" + binder.name).c_str(),
+        (binder.prefix + binder.format + "Write/" + binder.name).c_str(),
         [binder, bytes](benchmark::State& state) {
             std::unique_ptr<BindingPeer> peer = binder.make();
             peer->read(*binder.document);
@@ -254,13 +284,50 @@ void printSpeeds(const cvsoa::bench::RatioReporter& reporter, const std::vector<
                  std::ostream& os) {
     for (const Binder& binder : all) {
         for (const char* step : {"ReadAndBind/", "Write/"}) {
-            const std::string name = binder.format + step + binder.name;
+            const std::string name = binder.prefix + binder.format + step + binder.name;
             const double seconds = reporter.seconds(name);
             if (seconds > 0.0) {
                 os << "speed " << name << ": " << std::fixed << std::setprecision(1)
                    << static_cast<double>(binder.document->size()) / seconds / 1e6 << " MB/s\n";
             }
         }
+    }
+}
+
+// The ratios of medians of both documents side by side: how many times faster the generated types
+// ran than each peer, a dash where a peer did not run.
+void printRatios(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) {
+    struct Row {
+        const char* label;
+        const char* step;
+        const char* peer;
+        const char* target;
+    };
+    static const Row rows[] = {
+        {"XML read+bind, generated/CodeSynthesis", "XmlReadAndBind/", "CodeSynthesis", ">= 2"},
+        {"XML read+bind, generated/gSOAP", "XmlReadAndBind/", "gSOAP", ">= 0.6"},
+        {"XML write, generated/CodeSynthesis", "XmlWrite/", "CodeSynthesis", "none"},
+        {"XML write, generated/gSOAP", "XmlWrite/", "gSOAP", ">= 1"},
+        {"JSON read+bind, generated/nlohmann", "JsonReadAndBind/", "nlohmann", ">= 2"},
+        {"JSON write, generated/nlohmann", "JsonWrite/", "nlohmann", ">= 1.5"},
+    };
+    os << std::left << std::setw(46) << "ratio" << std::right << std::setw(9) << "tickets"
+       << std::setw(9) << "objects"
+       << "  target\n";
+    for (const Row& row : rows) {
+        os << "ratio " << std::left << std::setw(40) << row.label << std::right;
+        for (const char* prefix : {"", "Objects/"}) {
+            const std::string step = std::string(prefix) + row.step;
+            const double ratio = reporter.ratio(step + row.peer, step + "generated");
+            std::ostringstream cell;
+            if (ratio > 0.0) {
+                cell << std::fixed << std::setprecision(2) << ratio << "x";
+            } else {
+                cell << "-";
+            }
+            os << std::setw(9) << cell.str();
+        }
+        os << "  " << row.target << "\n";
     }
 }
 
@@ -272,6 +339,10 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::ostream& os = std::cout;
+    // The dates of the objects document are in UTC, and the JSON reader gives dates back in local
+    // time: in UTC they read back as written, on any machine.
+    setenv("TZ", "UTC", 1);
+    tzset();
     const AutoPtr<Files::FileTicketsResponse> written = makeResponse();
     const std::vector<Binder> all = binders();
     bool same = true;
@@ -282,7 +353,24 @@ int main(int argc, char** argv) {
         os << "The binders disagree on the document: nothing timed.\n";
         return 1;
     }
+    // A peer that cannot bind the objects document is left out of its benchmarks, with the reason.
+    const AutoPtr<Files::FileTicketsResponse> objects = cvsoa::bench::makeServiceDataResponse();
+    std::vector<Binder> withObjects;
+    for (const Binder& binder : objectBinders(all, cvsoa::bench::elementCount(*objects))) {
+        if (check(binder, summaryOf(*objects, binder.keepsValues), os)) {
+            withObjects.push_back(binder);
+        } else if (binder.name == "generated") {
+            os << "The generated types do not bind the objects document: nothing timed.\n";
+            return 1;
+        } else {
+            os << binder.prefix << binder.format << " " << binder.name
+               << " left out of the objects document's benchmarks\n";
+        }
+    }
     for (const Binder& binder : all) {
+        registerBinder(binder);
+    }
+    for (const Binder& binder : withObjects) {
         registerBinder(binder);
     }
     benchmark::RegisterBenchmark("Construct", Construct);
@@ -290,18 +378,8 @@ int main(int argc, char** argv) {
     cvsoa::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     printSpeeds(reporter, all, os);
-    reporter.printRatio(os, "XML read+bind, generated/CodeSynthesis",
-                        "XmlReadAndBind/CodeSynthesis", "XmlReadAndBind/generated", "target >= 2");
-    reporter.printRatio(os, "XML read+bind, generated/gSOAP", "XmlReadAndBind/gSOAP",
-                        "XmlReadAndBind/generated", "target >= 0.6");
-    reporter.printRatio(os, "XML write, generated/CodeSynthesis", "XmlWrite/CodeSynthesis",
-                        "XmlWrite/generated", "no target");
-    reporter.printRatio(os, "XML write, generated/gSOAP", "XmlWrite/gSOAP", "XmlWrite/generated",
-                        "target >= 1");
-    reporter.printRatio(os, "JSON read+bind, generated/nlohmann", "JsonReadAndBind/nlohmann",
-                        "JsonReadAndBind/generated", "target >= 2");
-    reporter.printRatio(os, "JSON write, generated/nlohmann", "JsonWrite/nlohmann",
-                        "JsonWrite/generated", "target >= 1.5");
+    printSpeeds(reporter, withObjects, os);
+    printRatios(reporter, os);
     benchmark::Shutdown();
     return 0;
 }

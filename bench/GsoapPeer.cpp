@@ -4,11 +4,37 @@
 #include <soapH.h>
 
 #include <fm.nsmap>
+#include <initializer_list>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace cvsoa::bench {
 namespace {
+
+void addObject(const base__ModelObject& object, BindingSummary& summary) {
+    ObjectDigest digest;
+    digest.text(object.uid)
+        .optional(object.objectID)
+        .optional(object.classUid)
+        .optional(object.cParamID)
+        .optional(object.jbt_USCOREaddition)
+        .optional(object.className)
+        .optional(object.type)
+        .flag(object.isObsolete)
+        .flag(object.updateDesc)
+        .flag(object.isHistorical);
+    for (const auto* properties : {&object.properties, &object.uiproperties, &object.props}) {
+        digest.list(properties->size());
+        for (const base__Property* property : *properties) {
+            digest.text(property->name).list(property->values.size());
+            for (const base__PropertyValue* value : property->values) {
+                digest.text(value->value).flag(value->isNull);
+            }
+        }
+    }
+    summary.addObject(digest);
+}
 
 // The rest of the document that gSOAP's receive callback hands out.
 struct Pending {
@@ -66,6 +92,18 @@ public:
         for (const fm__TicketMap* ticket : m_response.tickets) {
             result.add(ticket->key != nullptr ? ticket->key->uid : std::string(),
                        withValues ? &ticket->value : nullptr);
+        }
+        if (const base__ServiceData* data = m_response.base__ServiceData_) {
+            for (const base__ModelObject* object : data->plainObjects) {
+                addObject(*object, result);
+            }
+            for (const auto& [name, uids] :
+                 {std::pair{"created", &data->created}, std::pair{"updated", &data->updated},
+                  std::pair{"deleted", &data->deleted}}) {
+                for (const std::string& uid : *uids) {
+                    result.addListed(name, uid);
+                }
+            }
         }
         return result;
     }

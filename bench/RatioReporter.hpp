@@ -65,6 +65,13 @@ public:
         }
     }
 
+    // How many times faster `subject` ran than `baseline`, or 0 when either did not run.
+    double ratio(const std::string& baseline, const std::string& subject) const {
+        const double base = seconds(baseline);
+        const double mine = seconds(subject);
+        return base > 0.0 && mine > 0.0 ? base / mine : 0.0;
+    }
+
     // How many times faster `subject` ran than `baseline`.
     void printRatio(std::ostream& os, const std::string& label, const std::string& baseline,
                     const std::string& subject, const char* note) const {

@@ -5,10 +5,41 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include <initializer_list>
 #include <sstream>
+#include <utility>
 
 namespace cvsoa::bench {
 namespace {
+
+template <class Optional>
+auto present(const Optional& value) -> decltype(&value.get()) {
+    return value.present() ? &value.get() : nullptr;
+}
+
+void addObject(const ::peer_xsd::base::ModelObject& object, BindingSummary& summary) {
+    ObjectDigest digest;
+    digest.text(object.uid())
+        .optional(present(object.objectID()))
+        .optional(present(object.classUid()))
+        .optional(present(object.cParamID()))
+        .optional(present(object.jbt_addition()))
+        .optional(present(object.className()))
+        .optional(present(object.type()))
+        .flag(present(object.isObsolete()))
+        .flag(present(object.updateDesc()))
+        .flag(present(object.isHistorical()));
+    for (const auto* properties : {&object.properties(), &object.uiproperties(), &object.props()}) {
+        digest.list(properties->size());
+        for (const auto& property : *properties) {
+            digest.text(property.name()).list(property.values().size());
+            for (const auto& value : property.values()) {
+                digest.text(value.value()).flag(present(value.isNull()));
+            }
+        }
+    }
+    summary.addObject(digest);
+}
 
 class XsdPeer : public BindingPeer {
 public:
@@ -43,6 +74,17 @@ public:
         BindingSummary result;
         for (const auto& ticket : m_response->tickets()) {
             result.add(ticket.key().uid(), withValues ? &ticket.value() : nullptr);
+        }
+        const auto& data = m_response->ServiceData();
+        for (const auto& object : data.plainObjects()) {
+            addObject(object, result);
+        }
+        for (const auto& [name, uids] :
+             {std::pair{"created", &data.created()}, std::pair{"updated", &data.updated()},
+              std::pair{"deleted", &data.deleted()}}) {
+            for (const auto& uid : *uids) {
+                result.addListed(name, uid);
+            }
         }
         return result;
     }
