@@ -169,36 +169,6 @@ std::string unescape(const char* p, const char* end) {
 
 int twoDigits(const char* p) { return (p[0] - '0') * 10 + (p[1] - '0'); }
 
-void putTwoDigits(char*& out, int value) {
-    *out++ = static_cast<char>('0' + value / 10);
-    *out++ = static_cast<char>('0' + value % 10);
-}
-
-// The wire text DateTime writes for a date in standard time (not the null date, fields in their
-// usual ranges), made in one allocation of the exact size.
-std::string standardTimeText(const DateTime& value) {
-    char text[19];
-    char* p = text;
-    putTwoDigits(p, value.year() / 100);
-    putTwoDigits(p, value.year() % 100);
-    *p++ = '-';
-    putTwoDigits(p, value.month());
-    *p++ = '-';
-    putTwoDigits(p, value.day());
-    *p++ = 'T';
-    putTwoDigits(p, value.hour());
-    *p++ = ':';
-    putTwoDigits(p, value.minute());
-    *p++ = ':';
-    putTwoDigits(p, value.second());
-    const std::string& offset = LocalZone::standardOffsetText();
-    std::string result;
-    result.reserve(sizeof text + offset.size());
-    result.append(text, sizeof text);
-    result.append(offset);
-    return result;
-}
-
 // Moves a date by whole minutes as DateTime's arithmetic with an amount of hours and minutes
 // does. A move that stays within a day of an ordinary date (day 1 to 28, hour below 24) changes
 // the time of day only, and is made so here.
@@ -218,10 +188,9 @@ void shiftByMinutes(DateTime& value, int minutes) {
 }
 
 // Reads the usual wire text of a date, "yyyy-mm-ddThh:mm:ss+hh:mm", exactly as the text
-// constructor of DateTime reads it, without its general scanning, and gives the wire text of the
-// result. Any other text, one the constructor refuses included, gives false and is left to the
-// constructor.
-bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& wireText) {
+// constructor of DateTime reads it, without its general scanning. Any other text, one the
+// constructor refuses included, gives false and is left to the constructor.
+bool readUsualDate(const char* p, std::size_t size, DateTime& out) {
     // dddd-dd-ddThh:mm:ss+hh:mm
     if (size != 25) {
         return false;
@@ -265,17 +234,6 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& 
         shiftByMinutes(value, LocalZone::daylightOffset() - LocalZone::standardOffset());
     }
     out = value;
-    // In standard time the daylight decision made above is the one writing would make again.
-    const auto inRange = [](int field, int last) { return field >= 0 && field <= last; };
-    const bool nullDate = value.year() == 1 && value.month() == 1 && value.day() == 1 &&
-                          value.hour() == 0 && value.minute() == 0 && value.second() == 0;
-    if (!daylight && !nullDate && inRange(value.year(), 9999) && inRange(value.month(), 99) &&
-        inRange(value.day(), 99) && inRange(value.hour(), 99) && inRange(value.minute(), 99) &&
-        inRange(value.second(), 99)) {
-        wireText = standardTimeText(value);
-    } else {
-        wireText = value.toString();
-    }
     return true;
 }
 
@@ -455,12 +413,10 @@ private:
         scanString(begin, end);
         consumeClosingQuote();
         DateTime value(0, 0, 0, 0, 0, 0);
-        std::string text;
-        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value, text)) {
+        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value)) {
             value = DateTime(std::string(begin, end));
-            text = value.toString();
         }
-        return AutoPtr<Value>(new DateValue(value, std::move(text)));
+        return AutoPtr<Value>(new DateValue(value));
     }
 
     // A run of number bytes; with a '.' or an exponent it is a double, otherwise an integer.
@@ -670,9 +626,7 @@ private:
             if (!ordered && it + 1 != last && sameKey(*it, *(it + 1))) {
                 continue;
             }
-            members.emplace_back(std::piecewise_construct,
-                                 std::forward_as_tuple(it->key, it->length),
-                                 std::forward_as_tuple(std::move(it->value)));
+            members.emplace_back(it->key, it->length, std::move(it->value));
         }
         m_members.resize(base);
         --m_depth;

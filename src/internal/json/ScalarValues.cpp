@@ -46,15 +46,20 @@ void StringValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
 }
 
-DateValue::DateValue(const Common::DateTime& value)
-    : m_value(value), m_text(lexical_cast<std::string, Common::DateTime>(value)) {}
-DateValue::DateValue(const Common::DateTime& value, std::string text)
-    : m_value(value), m_text(std::move(text)) {}
+DateValue::DateValue(const Common::DateTime& value) : m_value(value) {}
 DateValue::~DateValue() = default;
+// Most dates of a document are read into a binding as dates: their text is made only for the
+// few that are asked for it.
+const std::string& DateValue::getText() const {
+    if (m_text.empty()) {
+        m_text = lexical_cast<std::string, Common::DateTime>(m_value);
+    }
+    return m_text;
+}
 // The wire text of a date holds nothing that needs escaping.
 void DateValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
-    os << m_text;
+    os << getText();
     os.put('"');
 }
 

@@ -118,9 +118,9 @@ TEST(ValuePool, ThreadsReleasingEachOthersValuesAtOnce) {
 }
 
 TEST(ValuePool, ArraysKeepTheirElementsAsTheyGrowFromPoolToHeapStorage) {
-    // Element storage of up to 512 bytes comes from the pool, larger from the heap.
+    // Element storage of up to 2048 bytes comes from the pool, larger from the heap.
     AutoPtr<JSONArray> array(new JSONArray);
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 300; ++i) {
         array->add(i);
         ASSERT_EQ(array->size(), static_cast<std::size_t>(i + 1));
         ASSERT_EQ(array->getInteger(0), 0);

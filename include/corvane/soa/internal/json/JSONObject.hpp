@@ -6,7 +6,10 @@
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
 
+#include <cstdint>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -23,7 +26,68 @@ class Parser;
 /// member of another kind ("This elment is NULL." for a null member).
 class CORVANE_SOA_API JSONObject : public Value {
 public:
-    using Member = std::pair<std::string, ::Corvane::Soa::Common::AutoPtr<Value>>;
+    /// A key and its value. Keys of up to 15 bytes are held in place (most keys are short), longer
+    /// ones in a block of the values' storage.
+    class Member {
+    public:
+        Member(const char* key, std::size_t length, ::Corvane::Soa::Common::AutoPtr<Value> value)
+            : m_value(std::move(value)) {
+            char* bytes = m_key;
+            if (length > kInline) {
+                bytes = static_cast<char*>(Value::operator new(length));
+                const auto size = static_cast<std::uint32_t>(length);
+                std::memcpy(m_key, &bytes, sizeof bytes);
+                std::memcpy(m_key + sizeof bytes, &size, sizeof size);
+                m_key[kInline] = kOutOfPlace;
+            } else {
+                m_key[kInline] = static_cast<char>(length);
+            }
+            std::memcpy(bytes, key, length);
+        }
+        Member(Member&& other) noexcept : m_value(std::move(other.m_value)) {
+            std::memcpy(m_key, other.m_key, sizeof m_key);
+            other.m_key[kInline] = 0;
+        }
+        Member& operator=(Member&& other) noexcept {
+            if (this != &other) {
+                releaseKey();
+                std::memcpy(m_key, other.m_key, sizeof m_key);
+                other.m_key[kInline] = 0;
+                m_value = std::move(other.m_value);
+            }
+            return *this;
+        }
+        Member(const Member&) = delete;
+        Member& operator=(const Member&) = delete;
+        ~Member() { releaseKey(); }
+
+        std::string_view key() const noexcept {
+            if (m_key[kInline] != kOutOfPlace) {
+                return {m_key, static_cast<std::size_t>(m_key[kInline])};
+            }
+            const char* bytes = nullptr;
+            std::uint32_t size = 0;
+            std::memcpy(&bytes, m_key, sizeof bytes);
+            std::memcpy(&size, m_key + sizeof bytes, sizeof size);
+            return {bytes, size};
+        }
+        const ::Corvane::Soa::Common::AutoPtr<Value>& value() const noexcept { return m_value; }
+        ::Corvane::Soa::Common::AutoPtr<Value>& value() noexcept { return m_value; }
+
+    private:
+        static constexpr std::size_t kInline = 15;
+        static constexpr char kOutOfPlace = -1;
+
+        void releaseKey() noexcept {
+            if (m_key[kInline] == kOutOfPlace) {
+                const std::string_view text = key();
+                Value::operator delete(const_cast<char*>(text.data()), text.size());
+            }
+        }
+
+        char m_key[kInline + 1];  // the key's bytes and its length, or its block and length
+        ::Corvane::Soa::Common::AutoPtr<Value> m_value;
+    };
     /// The member storage comes from the values' pool, as the values themselves.
     using Members = std::vector<Member, ValueAllocator<Member>>;
 
