@@ -244,6 +244,14 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out) {
 // are handed over in one piece.
 class Parser::Reader {
 public:
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+    ~Reader() {
+        for (KeySlot& slot : m_keys) {
+            settle(slot);
+        }
+    }
+
     Reader(const std::string& text, Utf8String& transcoder)
         : m_cursor(text.data()),
           m_end(text.data() + text.size()),
@@ -565,6 +573,49 @@ private:
         fail("Unkown value type. ");
     }
 
+    using Key = JSONObject::Member::Key;
+
+    // The members of a document share the text of equal keys: the keys met lately are kept in a
+    // small table, each held by the table with a count large enough that members released early
+    // cannot bring it to zero, and handed to the members without touching the count; the uses
+    // are settled when the key leaves the table.
+    static constexpr std::size_t kKeySlots = 256;
+    static constexpr std::uint32_t kTableHolding = std::uint32_t{1} << 30U;
+
+    struct KeySlot {
+        Key* key = nullptr;
+        std::uint32_t uses = 0;
+    };
+
+    static void settle(KeySlot& slot) noexcept {
+        if (slot.key != nullptr) {
+            Key::release(slot.key, kTableHolding - slot.uses);
+        }
+        slot = KeySlot();
+    }
+
+    static std::size_t slotOf(const char* text, std::size_t length) {
+        std::uint64_t head = 0;
+        std::uint64_t tail = 0;
+        const std::size_t n = length < 8 ? length : 8;
+        std::memcpy(&head, text, n);
+        std::memcpy(&tail, text + length - n, n);
+        const std::uint64_t mixed =
+            (head ^ (tail * 0x9E3779B97F4A7C15ULL) ^ length) * 0xBF58476D1CE4E5B9ULL;
+        return static_cast<std::size_t>(mixed >> 56U);
+    }
+
+    Key* internKey(const char* text, std::size_t length) {
+        KeySlot& slot = m_keys[slotOf(text, length)];
+        if (slot.key == nullptr || slot.key->length != length ||
+            std::memcmp(slot.key->text(), text, length) != 0 || slot.uses == kTableHolding - 1) {
+            settle(slot);
+            slot.key = Key::make(text, length, kTableHolding);
+        }
+        ++slot.uses;
+        return slot.key;
+    }
+
     void enter() {
         if (++m_depth > kMaxDepth) {
             fail("The JSON document is nested too deeply. ");
@@ -626,7 +677,8 @@ private:
             if (!ordered && it + 1 != last && sameKey(*it, *(it + 1))) {
                 continue;
             }
-            members.emplace_back(it->key, it->length, std::move(it->value));
+            members.push_back(
+                JSONObject::Member(internKey(it->key, it->length), std::move(it->value)));
         }
         m_members.resize(base);
         --m_depth;
@@ -675,6 +727,7 @@ private:
     // Members and elements of the open containers, innermost last.
     std::vector<PendingMember> m_members;
     std::vector<JSONArray::Element> m_elements;
+    KeySlot m_keys[kKeySlots];
     // A string's raw text and its local form, when strings are transcoded.
     std::string m_raw;
     std::string m_local;

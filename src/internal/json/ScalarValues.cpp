@@ -51,10 +51,11 @@ DateValue::~DateValue() = default;
 // Most dates of a document are read into a binding as dates: their text is made only for the
 // few that are asked for it.
 const std::string& DateValue::getText() const {
-    if (m_text.empty()) {
-        m_text = lexical_cast<std::string, Common::DateTime>(m_value);
+    if (!m_text) {
+        m_text =
+            std::make_unique<std::string>(lexical_cast<std::string, Common::DateTime>(m_value));
     }
-    return m_text;
+    return *m_text;
 }
 // The wire text of a date holds nothing that needs escaping.
 void DateValue::serialize(int /*level*/, std::ostream& os) const {

@@ -4,6 +4,7 @@
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 
+#include <memory>
 #include <string>
 
 namespace Corvane::Soa::Internal::Json {
@@ -30,7 +31,7 @@ protected:
 
 private:
     ::Corvane::Soa::Common::DateTime m_value;
-    mutable std::string m_text;  // empty until asked for: a wire text is never empty
+    mutable std::unique_ptr<std::string> m_text;  // made when first asked for
 };
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -6,6 +6,7 @@
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -26,66 +27,59 @@ class Parser;
 /// member of another kind ("This elment is NULL." for a null member).
 class CORVANE_SOA_API JSONObject : public Value {
 public:
-    /// A key and its value. Keys of up to 15 bytes are held in place (most keys are short), longer
-    /// ones in a block of the values' storage.
+    /// A key and its value. The key's text is a block of the values' storage with a count of its
+    /// holders: the members of one parsed document share the text of equal keys.
     class Member {
     public:
         Member(const char* key, std::size_t length, ::Corvane::Soa::Common::AutoPtr<Value> value)
-            : m_value(std::move(value)) {
-            char* bytes = m_key;
-            if (length > kInline) {
-                bytes = static_cast<char*>(Value::operator new(length));
-                const auto size = static_cast<std::uint32_t>(length);
-                std::memcpy(m_key, &bytes, sizeof bytes);
-                std::memcpy(m_key + sizeof bytes, &size, sizeof size);
-                m_key[kInline] = kOutOfPlace;
-            } else {
-                m_key[kInline] = static_cast<char>(length);
-            }
-            std::memcpy(bytes, key, length);
-        }
-        Member(Member&& other) noexcept : m_value(std::move(other.m_value)) {
-            std::memcpy(m_key, other.m_key, sizeof m_key);
-            other.m_key[kInline] = 0;
-        }
+            : m_key(Key::make(key, length, 1)), m_value(std::move(value)) {}
+        Member(Member&& other) noexcept
+            : m_key(std::exchange(other.m_key, nullptr)), m_value(std::move(other.m_value)) {}
         Member& operator=(Member&& other) noexcept {
             if (this != &other) {
-                releaseKey();
-                std::memcpy(m_key, other.m_key, sizeof m_key);
-                other.m_key[kInline] = 0;
+                Key::release(std::exchange(m_key, std::exchange(other.m_key, nullptr)), 1);
                 m_value = std::move(other.m_value);
             }
             return *this;
         }
         Member(const Member&) = delete;
         Member& operator=(const Member&) = delete;
-        ~Member() { releaseKey(); }
+        ~Member() { Key::release(m_key, 1); }
 
-        std::string_view key() const noexcept {
-            if (m_key[kInline] != kOutOfPlace) {
-                return {m_key, static_cast<std::size_t>(m_key[kInline])};
-            }
-            const char* bytes = nullptr;
-            std::uint32_t size = 0;
-            std::memcpy(&bytes, m_key, sizeof bytes);
-            std::memcpy(&size, m_key + sizeof bytes, sizeof size);
-            return {bytes, size};
-        }
+        std::string_view key() const noexcept { return {m_key->text(), m_key->length}; }
         const ::Corvane::Soa::Common::AutoPtr<Value>& value() const noexcept { return m_value; }
         ::Corvane::Soa::Common::AutoPtr<Value>& value() noexcept { return m_value; }
 
     private:
-        static constexpr std::size_t kInline = 15;
-        static constexpr char kOutOfPlace = -1;
+        friend class Parser;
 
-        void releaseKey() noexcept {
-            if (m_key[kInline] == kOutOfPlace) {
-                const std::string_view text = key();
-                Value::operator delete(const_cast<char*>(text.data()), text.size());
+        // The text of a key and the number of its holders, the bytes following the header.
+        struct Key {
+            std::atomic<std::uint32_t> holders;
+            std::uint32_t length;
+
+            const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+            static Key* make(const char* text, std::size_t length, std::uint32_t holders) {
+                void* block = Value::operator new(sizeof(Key) + length);
+                Key* key = new (block) Key{{holders}, static_cast<std::uint32_t>(length)};
+                std::memcpy(reinterpret_cast<char*>(key + 1), text, length);
+                return key;
             }
-        }
+            static void release(Key* key, std::uint32_t count) noexcept {
+                if (key != nullptr &&
+                    key->holders.fetch_sub(count, std::memory_order_acq_rel) == count) {
+                    const std::size_t bytes = sizeof(Key) + key->length;
+                    key->~Key();
+                    Value::operator delete(key, bytes);
+                }
+            }
+        };
 
-        char m_key[kInline + 1];  // the key's bytes and its length, or its block and length
+        // Takes over one holding of `key`.
+        Member(Key* key, ::Corvane::Soa::Common::AutoPtr<Value> value) noexcept
+            : m_key(key), m_value(std::move(value)) {}
+
+        Key* m_key;
         ::Corvane::Soa::Common::AutoPtr<Value> m_value;
     };
     /// The member storage comes from the values' pool, as the values themselves.
