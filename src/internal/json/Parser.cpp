@@ -116,10 +116,9 @@ void sortMembers(PendingMember* first, PendingMember* last) {
 
 // Unescapes the raw text of a string: \" \\ \/ \b \f \n \r \t become the byte they name; any
 // other escape, \u included, stays as written, and so does a lone backslash at the end.
-// Unescaping never lengthens the text, so the result is written in place into one allocation.
-std::string unescape(const char* p, const char* end) {
-    std::string out(static_cast<std::size_t>(end - p), '\0');
-    char* o = out.data();
+// Unescaping never lengthens the text: `out` needs room for the raw text; returns the length.
+std::size_t unescapeInto(char* out, const char* p, const char* end) {
+    char* o = out;
     while (p != end) {
         const auto* backslash =
             static_cast<const char*>(std::memchr(p, '\\', static_cast<std::size_t>(end - p)));
@@ -163,7 +162,12 @@ std::string unescape(const char* p, const char* end) {
         }
         p = backslash + 2;
     }
-    out.resize(static_cast<std::size_t>(o - out.data()));
+    return static_cast<std::size_t>(o - out);
+}
+
+std::string unescape(const char* p, const char* end) {
+    std::string out(static_cast<std::size_t>(end - p), '\0');
+    out.resize(unescapeInto(out.data(), p, end));
     return out;
 }
 
@@ -407,10 +411,17 @@ private:
             appendDecodedJson(out, m_local.data(), m_local.size());
             return AutoPtr<Value>(new StringValue(std::move(out)));
         }
-        if (escaped) {
-            return AutoPtr<Value>(new StringValue(unescape(begin, end)));
+        const auto length = static_cast<std::size_t>(end - begin);
+        StringValue* value = StringValue::makeInPlace(length);
+        if (value == nullptr) {
+            return AutoPtr<Value>(
+                new StringValue(escaped ? unescape(begin, end) : std::string(begin, length)));
         }
-        return AutoPtr<Value>(new StringValue(begin, static_cast<std::size_t>(end - begin)));
+        AutoPtr<Value> held(value);
+        // Unescaping never lengthens the text.
+        value->setSize(escaped ? unescapeInto(value->bytes(), begin, end)
+                               : (std::memcpy(value->bytes(), begin, length), length));
+        return held;
     }
 
     // The cursor is on the opening quote of a date-shaped string.

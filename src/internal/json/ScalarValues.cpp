@@ -7,6 +7,9 @@
 #include <corvane/soa/internal/json/NullValue.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
+#include "internal/json/ValuePool.hpp"
+
+#include <new>
 #include <string>
 #include <utility>
 
@@ -36,13 +39,37 @@ void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
     os << lexical_cast<std::string, double>(m_value);
 }
 
-StringValue::StringValue(const std::string& value) : m_value(value) {}
-StringValue::StringValue(std::string&& value) noexcept : m_value(std::move(value)) {}
-StringValue::StringValue(const char* text, std::size_t size) : m_value(text, size) {}
-StringValue::~StringValue() = default;
+namespace {
+// The string of a value, in a block of the values' storage.
+std::string* newString(std::string&& text) {
+    return new (Value::operator new(sizeof(std::string))) std::string(std::move(text));
+}
+}  // namespace
+
+StringValue* StringValue::makeInPlace(std::size_t capacity) {
+    if (capacity > ValuePool::kLargest - sizeof(StringValue)) {
+        return nullptr;
+    }
+    return new (Value::operator new(sizeof(StringValue) + capacity)) StringValue();
+}
+
+StringValue::StringValue(const std::string& value) : m_string(newString(std::string(value))) {}
+StringValue::StringValue(std::string&& value) : m_string(newString(std::move(value))) {}
+StringValue::~StringValue() {
+    if (m_string != nullptr) {
+        m_string->~basic_string();
+        Value::operator delete(m_string, sizeof(std::string));
+    }
+}
+const std::string& StringValue::getValue() const {
+    if (m_string == nullptr) {
+        m_string = newString(std::string(view()));
+    }
+    return *m_string;
+}
 void StringValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
-    os << Common::Xml::toJsonString(m_value);
+    os << Common::Xml::toJsonString(getValue());
     os.put('"');
 }
 
