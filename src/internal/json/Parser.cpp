@@ -688,7 +688,7 @@ private:
             if (!ordered && it + 1 != last && sameKey(*it, *(it + 1))) {
                 continue;
             }
-            members.push_back(
+            members.emplace_back(
                 JSONObject::Member(internKey(it->key, it->length), std::move(it->value)));
         }
         m_members.resize(base);
@@ -712,7 +712,7 @@ private:
             Value::ValueType kind = Value::UNDETERMINED;
             // The value first: a nested array uses the same stack while it is read.
             AutoPtr<Value> value = parseValue(kind);
-            m_elements.push_back(JSONArray::Element{std::move(value), kind});
+            m_elements.emplace_back(kind, std::move(value));
             trim();
             if (!at(',')) {
                 break;
@@ -721,9 +721,12 @@ private:
         }
         validateToken(']');
         const auto first = m_elements.begin() + static_cast<std::ptrdiff_t>(base);
-        array->m_elements.assign(std::make_move_iterator(first),
-                                 std::make_move_iterator(m_elements.end()));
-        m_elements.resize(base);
+        auto& elements = array->m_elements;
+        elements.reserve(static_cast<std::size_t>(m_elements.end() - first));
+        for (auto it = first; it != m_elements.end(); ++it) {
+            elements.emplace_back(std::move(*it));
+        }
+        m_elements.erase(first, m_elements.end());
         --m_depth;
         return array;
     }

@@ -130,7 +130,7 @@ void Value::prefetchChildren(const Value* container) noexcept {
         }
     } else {
         for (const auto& element : static_cast<const JSONArray*>(container)->m_elements) {
-            __builtin_prefetch(element.value.get());
+            __builtin_prefetch(element.get());
         }
     }
 }

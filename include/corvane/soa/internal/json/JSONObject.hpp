@@ -4,7 +4,7 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
-#include <corvane/soa/internal/json/ValueAllocator.hpp>
+#include <corvane/soa/internal/json/ValueArray.hpp>
 
 #include <atomic>
 #include <cstdint>
@@ -83,7 +83,7 @@ public:
         ::Corvane::Soa::Common::AutoPtr<Value> m_value;
     };
     /// The member storage comes from the values' pool, as the values themselves.
-    using Members = std::vector<Member, ValueAllocator<Member>>;
+    using Members = ValueArray<Member>;
 
     JSONObject() = default;
     ~JSONObject() override;
