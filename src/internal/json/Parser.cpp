@@ -606,11 +606,18 @@ private:
     }
 
     static std::size_t slotOf(const char* text, std::size_t length) {
+        // Whole eight-byte loads where the key is long enough: a load narrower than the store
+        // before it would wait for that store to complete.
         std::uint64_t head = 0;
         std::uint64_t tail = 0;
-        const std::size_t n = length < 8 ? length : 8;
-        std::memcpy(&head, text, n);
-        std::memcpy(&tail, text + length - n, n);
+        if (length >= 8) {
+            std::memcpy(&head, text, 8);
+            std::memcpy(&tail, text + length - 8, 8);
+        } else {
+            for (std::size_t i = 0; i < length; ++i) {
+                head = (head << 8U) | static_cast<unsigned char>(text[i]);
+            }
+        }
         const std::uint64_t mixed =
             (head ^ (tail * 0x9E3779B97F4A7C15ULL) ^ length) * 0xBF58476D1CE4E5B9ULL;
         return static_cast<std::size_t>(mixed >> 56U);
