@@ -24,10 +24,7 @@ public:
     }
 };
 
-char* put(char* out, const std::string& text) {
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
-}
+char* put(char* out, const std::string& text) { return out + text.copy(out, text.size()); }
 }  // namespace
 
 XmlStream::XmlStream() : m_out(nullptr), m_ownedBuffer(new StringStream) { m_out = m_ownedBuffer; }

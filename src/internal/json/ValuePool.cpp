@@ -50,8 +50,10 @@ struct alignas(16) Chunk {
     std::atomic<std::int64_t> live;
 };
 
+// The chunk of a block is found by clearing the low bits of its address, by design.
 Chunk* chunkOf(const void* block) {
-    return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(block) & kChunkMask);
+    return reinterpret_cast<Chunk*>(  // NOLINT(performance-no-int-to-ptr)
+        reinterpret_cast<std::uintptr_t>(block) & kChunkMask);
 }
 
 void release(Chunk* chunk, std::int64_t blocks) noexcept {

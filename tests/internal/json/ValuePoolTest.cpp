@@ -141,6 +141,7 @@ TEST(ValuePool, PartsOfOneDocumentReleasedOnSeveralThreads) {
     }
     std::vector<int> faults(kThreads, 0);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&shares, &faults, &tail, t] {
             int i = t;

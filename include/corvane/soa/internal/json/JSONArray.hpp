@@ -95,8 +95,11 @@ private:
         ~Element() { reset(); }
 
         Value* get() const noexcept {
-            return m_bits < kLowest ? nullptr
-                                    : reinterpret_cast<Value*>(m_bits & ~std::uintptr_t{1});
+            // The word is an address with a flag in its low bit, by design.
+            return m_bits < kLowest
+                       ? nullptr
+                       : reinterpret_cast<Value*>(  // NOLINT(performance-no-int-to-ptr)
+                             m_bits & ~std::uintptr_t{1});
         }
         ValueType kind() const {
             if (m_bits < kLowest) {
