@@ -532,8 +532,8 @@ void writeRapidJson(benchmark::State& state) {
 }
 
 // Heap held by each tree of the same document, measured with the tree alive. Runs before the
-// benchmarks: the parser's value pool keeps the blocks of released trees for reuse, and a pool
-// warmed by them would hide what a tree costs.
+// benchmarks, so that no peer's released blocks (kept by the heap for reuse) hide what a tree
+// costs.
 void printMemory(std::ostream& os, const std::string& text, const char* document) {
     std::size_t before = heapInUse();
     std::size_t ours = 0;
