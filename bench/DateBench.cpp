@@ -1,7 +1,7 @@
 // Reading and writing wire-form dates, in nanoseconds per call. A parse decides daylight saving
 // from a per-year table; mktime, what a direct decision would cost, is measured beside it.
 #include <corvane/soa/common/DateTime.hpp>
-#include <corvane/soa/internal/common/LocalZone.hpp>
+#include "internal/common/LocalZone.hpp"
 
 #include <benchmark/benchmark.h>
 

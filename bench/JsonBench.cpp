@@ -1,8 +1,9 @@
-// Reading and writing a 10 MB JSON response: the parser against nlohmann::json::parse and
-// RapidJSON's Document::Parse on the same text, and the memory of the three trees; then the
-// response's records, held as generated types hold their fields, written through JsonStream,
-// through RapidJSON's Writer, and by nlohmann's dump of a tree made from them. Same program,
-// same data; the ratios follow the table.
+// Reading and writing two 10 MB JSON responses (model objects with properties, and file records
+// heavy with numbers and dates): the parser against nlohmann::json::parse and RapidJSON's
+// Document::Parse on the same text, and the memory of the three trees; then the responses'
+// records, held as generated types hold their fields, written through JsonStream, through
+// RapidJSON's Writer, and by nlohmann's dump of a tree made from them. Same program, same data;
+// the ratios follow the table.
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/internal/json/Parser.hpp>
@@ -14,6 +15,7 @@
 #include <rapidjson/writer.h>
 #include <nlohmann/json.hpp>
 
+#include "FileRecordReply.hpp"
 #include "RatioReporter.hpp"
 
 #include <cstdio>
@@ -70,8 +72,7 @@ const std::string& responseText() { return response().text; }
 
 std::size_t heapInUse() { return mallinfo2().uordblks; }
 
-void parseTree(benchmark::State& state) {
-    const std::string& text = responseText();
+void parseTree(benchmark::State& state, const std::string& text) {
     for (auto _ : state) {
         Json::Parser parser;
         AutoPtr<Json::Value> root = parser.parse(text);
@@ -80,8 +81,7 @@ void parseTree(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
-void parseNlohmann(benchmark::State& state) {
-    const std::string& text = responseText();
+void parseNlohmann(benchmark::State& state, const std::string& text) {
     for (auto _ : state) {
         nlohmann::json root = nlohmann::json::parse(text);
         benchmark::DoNotOptimize(root);
@@ -89,8 +89,7 @@ void parseNlohmann(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
-void parseRapidJson(benchmark::State& state) {
-    const std::string& text = responseText();
+void parseRapidJson(benchmark::State& state, const std::string& text) {
     for (auto _ : state) {
         rapidjson::Document root;
         root.Parse(text.c_str(), text.size());
@@ -261,6 +260,238 @@ nlohmann::json toNlohmann(const std::vector<Record>& all) {
             {"partialErrors", nlohmann::json::array()}};
 }
 
+// The file records as a generated type writes them.
+void writeFileRecord(JsonStream& out, const cvsoa::bench::FileRecord& r) {
+    out.writeObjectOpen();
+    out.writeAttribute("uid", r.uid, true);
+    out.writeAttribute("className", r.className, true);
+    out.writeAttribute("type", r.type, true);
+    out.writeAttribute("name", r.name, true);
+    out.writeAttribute("description", r.description, true);
+    out.writeAttribute("volume", r.volume, true);
+    out.writeAttribute("path", r.path, true);
+    out.writeAttribute("mimeType", r.mimeType, true);
+    out.writeAttribute("checksum", r.checksum, true);
+    out.writeAttribute("size", r.size, true);
+    out.writeAttribute("blocks", r.blocks, true);
+    out.writeAttribute("offset", r.offset, true);
+    out.writeAttribute("priority", r.priority, true);
+    out.writeAttribute("version", r.version, true);
+    out.writeAttribute("mode", r.mode, true);
+    out.writeAttribute("ratio", r.ratio, true);
+    out.writeAttribute("density", r.density, true);
+    out.writeAttribute("entropy", r.entropy, true);
+    out.writeAttribute("latency", r.latency, true);
+    out.writeAttribute("score", r.score, true);
+    out.writeAttribute("readOnly", r.readOnly, true);
+    out.writeAttribute("archived", r.archived, true);
+    out.writeAttribute("created", r.created, true);
+    out.writeAttribute("modified", r.modified, true);
+    out.writeAttribute("accessed", r.accessed, true);
+    out.writeAttribute("released", r.released, true);
+    out.writeKey("owner");
+    out.writeObjectOpen();
+    out.writeAttribute("uid", r.ownerUid, true);
+    out.writeAttribute("name", r.ownerName, true);
+    out.writeAttribute("group", r.ownerGroup, true);
+    out.writeAttribute("id", r.ownerId, true);
+    out.writeAttribute("quota", r.ownerQuota, true);
+    out.writeObjectClose();
+    out.writeKey("attributes");
+    out.writeArrayOpen();
+    for (const cvsoa::bench::FileAttribute& attribute : r.attributes) {
+        out.writeObjectOpen();
+        out.writeAttribute("name", attribute.name, true);
+        out.writeAttribute("value", attribute.value, true);
+        out.writeObjectClose();
+    }
+    out.writeArrayClose();
+    out.writeVector(r.tags, "tags");
+    out.writeObjectClose();
+}
+
+void writeFiles(JsonStream& out, const std::vector<cvsoa::bench::FileRecord>& all) {
+    out.writeObjectOpen();
+    out.writeKey("files");
+    out.writeArrayOpen();
+    for (const cvsoa::bench::FileRecord& r : all) {
+        writeFileRecord(out, r);
+    }
+    out.writeArrayClose();
+    out.writeObjectClose();
+}
+
+template <class Writer>
+void writeFiles(Writer& out, const std::vector<cvsoa::bench::FileRecord>& all) {
+    std::string date;
+    const auto string = [&out](const char* key, const std::string& text) {
+        out.Key(key);
+        out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    };
+    const auto dateMember = [&](const char* key, const DateTime& value) {
+        date.clear();
+        value.appendTo(date);
+        string(key, date);
+    };
+    out.StartObject();
+    out.Key("files");
+    out.StartArray();
+    for (const cvsoa::bench::FileRecord& r : all) {
+        out.StartObject();
+        string("uid", r.uid);
+        string("className", r.className);
+        string("type", r.type);
+        string("name", r.name);
+        string("description", r.description);
+        string("volume", r.volume);
+        string("path", r.path);
+        string("mimeType", r.mimeType);
+        string("checksum", r.checksum);
+        out.Key("size");
+        out.Double(r.size);
+        for (const auto& [key, value] : {std::pair<const char*, int>{"blocks", r.blocks},
+                                         {"offset", r.offset},
+                                         {"priority", r.priority},
+                                         {"version", r.version},
+                                         {"mode", r.mode}}) {
+            out.Key(key);
+            out.Int(value);
+        }
+        for (const auto& [key, value] : {std::pair<const char*, double>{"ratio", r.ratio},
+                                         {"density", r.density},
+                                         {"entropy", r.entropy},
+                                         {"latency", r.latency},
+                                         {"score", r.score}}) {
+            out.Key(key);
+            out.Double(value);
+        }
+        out.Key("readOnly");
+        out.Bool(r.readOnly);
+        out.Key("archived");
+        out.Bool(r.archived);
+        dateMember("created", r.created);
+        dateMember("modified", r.modified);
+        dateMember("accessed", r.accessed);
+        dateMember("released", r.released);
+        out.Key("owner");
+        out.StartObject();
+        string("uid", r.ownerUid);
+        string("name", r.ownerName);
+        string("group", r.ownerGroup);
+        out.Key("id");
+        out.Int(r.ownerId);
+        out.Key("quota");
+        out.Double(r.ownerQuota);
+        out.EndObject();
+        out.Key("attributes");
+        out.StartArray();
+        for (const cvsoa::bench::FileAttribute& attribute : r.attributes) {
+            out.StartObject();
+            string("name", attribute.name);
+            string("value", attribute.value);
+            out.EndObject();
+        }
+        out.EndArray();
+        out.Key("tags");
+        out.StartArray();
+        for (const std::string& tag : r.tags) {
+            out.String(tag.data(), static_cast<rapidjson::SizeType>(tag.size()));
+        }
+        out.EndArray();
+        out.EndObject();
+    }
+    out.EndArray();
+    out.EndObject();
+}
+
+nlohmann::json toNlohmann(const std::vector<cvsoa::bench::FileRecord>& all) {
+    nlohmann::json files = nlohmann::json::array();
+    for (const cvsoa::bench::FileRecord& r : all) {
+        nlohmann::json attributes = nlohmann::json::array();
+        for (const cvsoa::bench::FileAttribute& attribute : r.attributes) {
+            attributes.push_back({{"name", attribute.name}, {"value", attribute.value}});
+        }
+        files.push_back({{"uid", r.uid},
+                         {"className", r.className},
+                         {"type", r.type},
+                         {"name", r.name},
+                         {"description", r.description},
+                         {"volume", r.volume},
+                         {"path", r.path},
+                         {"mimeType", r.mimeType},
+                         {"checksum", r.checksum},
+                         {"size", r.size},
+                         {"blocks", r.blocks},
+                         {"offset", r.offset},
+                         {"priority", r.priority},
+                         {"version", r.version},
+                         {"mode", r.mode},
+                         {"ratio", r.ratio},
+                         {"density", r.density},
+                         {"entropy", r.entropy},
+                         {"latency", r.latency},
+                         {"score", r.score},
+                         {"readOnly", r.readOnly},
+                         {"archived", r.archived},
+                         {"created", r.created.toString()},
+                         {"modified", r.modified.toString()},
+                         {"accessed", r.accessed.toString()},
+                         {"released", r.released.toString()},
+                         {"owner",
+                          {{"uid", r.ownerUid},
+                           {"name", r.ownerName},
+                           {"group", r.ownerGroup},
+                           {"id", r.ownerId},
+                           {"quota", r.ownerQuota}}},
+                         {"attributes", std::move(attributes)},
+                         {"tags", r.tags}});
+    }
+    return {{"files", std::move(files)}};
+}
+
+const std::vector<cvsoa::bench::FileRecord>& fileRecords() {
+    return cvsoa::bench::fileRecordReply().records;
+}
+
+const std::string& fileRecordText() { return cvsoa::bench::fileRecordReply().text; }
+
+void writeFilesJsonStream(benchmark::State& state) {
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        std::ostringstream text;
+        {
+            JsonStream out(&text);
+            writeFiles(out, fileRecords());
+        }
+        bytes = static_cast<std::size_t>(text.tellp());
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+}
+
+void writeFilesNlohmann(benchmark::State& state) {
+    const nlohmann::json root = toNlohmann(fileRecords());
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        const std::string text = root.dump();
+        bytes = text.size();
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+}
+
+void writeFilesRapidJson(benchmark::State& state) {
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        rapidjson::StringBuffer buffer;
+        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+        writeFiles(writer, fileRecords());
+        bytes = buffer.GetSize();
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+}
+
 void writeJsonStream(benchmark::State& state) {
     const std::vector<Record>& all = records();
     std::size_t bytes = 0;
@@ -301,10 +532,9 @@ void writeRapidJson(benchmark::State& state) {
 }
 
 // Heap held by each tree of the same document, measured with the tree alive. Runs before the
-// benchmarks: the parser's value pool keeps the blocks of released trees for reuse, and a pool
-// warmed by them would hide what a tree costs.
-void printMemory(std::ostream& os) {
-    const std::string& text = responseText();
+// benchmarks, so that no peer's released blocks (kept by the heap for reuse) hide what a tree
+// costs.
+void printMemory(std::ostream& os, const std::string& text, const char* document) {
     std::size_t before = heapInUse();
     std::size_t ours = 0;
     {
@@ -325,11 +555,13 @@ void printMemory(std::ostream& os) {
         root.Parse(text.c_str(), text.size());
         rapid = heapInUse() - before;
     }
-    os << std::fixed << std::setprecision(1) << "tree memory for " << text.size() / 1e6
-       << " MB of text: Parser " << ours / 1e6 << " MB, nlohmann " << theirs / 1e6
-       << " MB, RapidJSON " << rapid / 1e6 << " MB (for reference)\n"
-       << "ratio tree memory Parser/nlohmann: " << std::setprecision(2)
-       << static_cast<double>(ours) / static_cast<double>(theirs) << " (target <= 1)\n";
+    os << std::fixed << std::setprecision(1) << "tree memory for " << text.size() / 1e6 << " MB of "
+       << document << ": Parser " << ours / 1e6 << " MB, nlohmann " << theirs / 1e6
+       << " MB, RapidJSON " << rapid / 1e6 << " MB\n"
+       << "ratio tree memory Parser/nlohmann (" << document << "): " << std::setprecision(2)
+       << static_cast<double>(ours) / static_cast<double>(theirs) << " (target <= 1)\n"
+       << "ratio tree memory Parser/RapidJSON (" << document
+       << "): " << static_cast<double>(ours) / static_cast<double>(rapid) << " (target <= 1.5)\n";
 }
 
 bool looksLikeDate(const nlohmann::json& value) {
@@ -386,7 +618,20 @@ void checkWrittenText(std::ostream& os) {
                       sameData(nlohmann::json::parse(buffer.GetString()), expected) &&
                       sameData(toNlohmann(records()), expected);
     os << "JsonStream, RapidJSON's Writer and nlohmann wrote "
-       << (same ? "the same data" : "DIFFERENT DATA") << "\n";
+       << (same ? "the same data" : "DIFFERENT DATA") << " (model objects)\n";
+    std::ostringstream files;
+    {
+        JsonStream out(&files);
+        writeFiles(out, fileRecords());
+    }
+    rapidjson::StringBuffer fileBuffer;
+    rapidjson::Writer<rapidjson::StringBuffer> fileWriter(fileBuffer);
+    writeFiles(fileWriter, fileRecords());
+    const nlohmann::json written = toNlohmann(fileRecords());
+    const bool sameFiles = sameData(nlohmann::json::parse(files.str()), written) &&
+                           sameData(nlohmann::json::parse(fileBuffer.GetString()), written);
+    os << "JsonStream, RapidJSON's Writer and nlohmann wrote "
+       << (sameFiles ? "the same data" : "DIFFERENT DATA") << " (file records)\n";
 }
 
 }  // namespace
@@ -396,25 +641,49 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    benchmark::RegisterBenchmark("parse/Parser", parseTree)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("parse/nlohmann", parseNlohmann)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("parse/RapidJSON", parseRapidJson)->Unit(benchmark::kMillisecond);
+    const std::string& objects = responseText();
+    const std::string& files = fileRecordText();
+    benchmark::RegisterBenchmark("parse/Parser", parseTree, objects)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("parse/nlohmann", parseNlohmann, objects)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("parse/RapidJSON", parseRapidJson, objects)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("parseFiles/Parser", parseTree, files)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("parseFiles/nlohmann", parseNlohmann, files)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("parseFiles/RapidJSON", parseRapidJson, files)
+        ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("write/JsonStream", writeJsonStream)
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("write/nlohmann", writeNlohmann)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("write/RapidJSON", writeRapidJson)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("writeFiles/JsonStream", writeFilesJsonStream)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("writeFiles/nlohmann", writeFilesNlohmann)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("writeFiles/RapidJSON", writeFilesRapidJson)
+        ->Unit(benchmark::kMillisecond);
     std::ostringstream memory;
-    printMemory(memory);
+    printMemory(memory, objects, "model objects");
+    printMemory(memory, files, "file records");
     cvsoa::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::ostream& os = std::cout;
-    reporter.printRatio(os, "Parser/nlohmann", "parse/nlohmann", "parse/Parser", "target >= 2x");
-    reporter.printRatio(os, "Parser/RapidJSON", "parse/RapidJSON", "parse/Parser",
-                        "target >= 0.5x");
-    reporter.printRatio(os, "JsonStream/nlohmann dump", "write/nlohmann", "write/JsonStream",
-                        "target >= 1.5x");
-    reporter.printRatio(os, "JsonStream/RapidJSON Writer", "write/RapidJSON", "write/JsonStream",
-                        "target >= 0.5x");
+    for (const char* document : {"parse", "parseFiles"}) {
+        const std::string d = document;
+        reporter.printRatio(os, "Parser/nlohmann (" + d + ")", d + "/nlohmann", d + "/Parser",
+                            "target >= 2x");
+        reporter.printRatio(os, "Parser/RapidJSON (" + d + ")", d + "/RapidJSON", d + "/Parser",
+                            "target >= 0.5x");
+    }
+    for (const char* document : {"write", "writeFiles"}) {
+        const std::string d = document;
+        reporter.printRatio(os, "JsonStream/nlohmann dump (" + d + ")", d + "/nlohmann",
+                            d + "/JsonStream", "target >= 1.5x");
+        reporter.printRatio(os, "JsonStream/RapidJSON Writer (" + d + ")", d + "/RapidJSON",
+                            d + "/JsonStream", "target >= 0.5x");
+    }
     os << memory.str();
     checkWrittenText(os);
     benchmark::Shutdown();

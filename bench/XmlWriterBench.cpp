@@ -43,6 +43,8 @@ constexpr const char* kToJson = "toJsonString/1MiB";
 constexpr const char* kNaiveJson = "naiveJsonEscape/1MiB";
 constexpr const char* kXmlStream = "XmlStream/200k_elements";
 constexpr const char* kPugixml = "pugixml/200k_elements";
+constexpr const char* kXmlStreamTickets = "XmlStream/tickets";
+constexpr const char* kPugixmlTickets = "pugixml/tickets";
 
 using Random = cvsoa::bench::SplitMix;
 
@@ -260,12 +262,130 @@ void benchPugixml(benchmark::State& state) {
     state.counters["output_bytes"] = static_cast<double>(outputBytes);
 }
 
+// The second document, shaped as a 10 MB FileTicketsResponse: per ticket a short element with a
+// long escaped attribute value (the ticket URL, full of '&') holding an empty key element with
+// many attributes, some of them escaped too.
+struct Ticket {
+    std::vector<std::pair<std::string, std::string>> keyAttributes;
+    std::string url;
+};
+
+const std::vector<Ticket>& tickets() {
+    static const std::vector<Ticket> all = [] {
+        static const char* const classes[] = {"ImanFile", "Dataset", "ItemRevision"};
+        static const char* const owners[] = {"Smith, J. <eng>", "O'Brien & Sons", "M\xc3\xbcller"};
+        Random random(18);
+        std::vector<Ticket> list;
+        std::size_t bytes = 0;
+        while (bytes < 10 * 1000 * 1000) {
+            Ticket t;
+            const std::uint64_t n = random.next();
+            const std::string uid = "gQ" + std::to_string(n % 100000000000ULL) + "AAAAAAAA";
+            t.url = "https://fms.example.com:4544/fms/fmsdownload/?ticket=" + std::to_string(n) +
+                    "&policy=read&volume=vol_" + std::to_string(random.below(64)) + "&file=" + uid +
+                    ".pdf&expires=" + std::to_string(n % 86400) +
+                    "&signature=" + std::to_string(n ^ 0x5DEECE66DULL) + "&mode=\"inline\"";
+            t.keyAttributes = {
+                {"uid", uid},
+                {"className", classes[random.below(std::size(classes))]},
+                {"type", "PDF"},
+                {"objectName", "Report <" + std::to_string(random.below(100000)) + "> & notes"},
+                {"owningUser", owners[random.below(std::size(owners))]},
+                {"lastModified",
+                 "2016-0" + std::to_string(1 + random.below(9)) + "-12T14:03:09+01:00"},
+                {"size", std::to_string(random.below(1U << 30U))},
+                {"volume", "vol_" + std::to_string(random.below(64))}};
+            bytes += 60 + Xml::toXmlString(t.url).size();
+            for (const auto& [name, value] : t.keyAttributes) {
+                bytes += name.size() + Xml::toXmlString(value).size() + 4;
+            }
+            list.push_back(std::move(t));
+        }
+        return list;
+    }();
+    return all;
+}
+
+constexpr const char* kFilesNamespace = "http://corvane.com/Schemas/Core/2006-03/FileManagement";
+constexpr const char* kBaseNamespace = "http://corvane.com/Schemas/Soa/2006-03/Base";
+
+// As the generated types write: the attributes one by one, values escaped by the caller.
+void writeTickets(Xml::XmlStream& xml) {
+    const std::string files = kFilesNamespace;
+    const std::string base = kBaseNamespace;
+    const std::string root = "FileTicketsResponse";
+    const std::string entry = "ns0:tickets";
+    const std::string key = "ns0:key";
+    const std::string value = "value";
+    xml.addNamespace(files);
+    xml.addNamespace(base);
+    xml.writeOpenElement(files, root);
+    xml.writeOpenElementClose(root, false);
+    for (const Ticket& t : tickets()) {
+        xml.writeOpenElement(files, entry);
+        xml.writeAttribute(value, Xml::toXmlString(t.url));
+        xml.writeOpenElementClose(entry, false);
+        xml.writeOpenElement(files, key);
+        for (const auto& [name, text] : t.keyAttributes) {
+            xml.writeAttribute(name, Xml::toXmlString(text));
+        }
+        xml.writeOpenElementClose(key, true);
+        xml.writeCloseElement(files, entry);
+    }
+    xml.writeCloseElement(files, root);
+}
+
+void benchXmlStreamTickets(benchmark::State& state) {
+    std::size_t outputBytes = 0;
+    for (auto _ : state) {
+        std::ostringstream out;
+        Xml::XmlStream xml(&out);
+        writeTickets(xml);
+        outputBytes = static_cast<std::size_t>(out.tellp());
+        benchmark::DoNotOptimize(outputBytes);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(outputBytes));
+    state.counters["output_bytes"] = static_cast<double>(outputBytes);
+}
+
+void buildTickets(pugi::xml_document& tree) {
+    pugi::xml_node root = tree.append_child("ns0:FileTicketsResponse");
+    root.append_attribute("xmlns:ns0").set_value(kFilesNamespace);
+    root.append_attribute("xmlns:ns1").set_value(kBaseNamespace);
+    for (const Ticket& t : tickets()) {
+        pugi::xml_node node = root.append_child("ns0:tickets");
+        node.append_attribute("value").set_value(t.url.c_str());
+        pugi::xml_node key = node.append_child("ns0:key");
+        for (const auto& [name, text] : t.keyAttributes) {
+            key.append_attribute(name.c_str()).set_value(text.c_str());
+        }
+    }
+}
+
+void benchPugixmlTickets(benchmark::State& state) {
+    std::size_t outputBytes = 0;
+    for (auto _ : state) {
+        pugi::xml_document tree;
+        buildTickets(tree);
+        std::ostringstream out;
+        tree.save(out, "", pugi::format_raw);
+        outputBytes = static_cast<std::size_t>(out.tellp());
+        benchmark::DoNotOptimize(outputBytes);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(outputBytes));
+    state.counters["output_bytes"] = static_cast<double>(outputBytes);
+}
+
 void printSummary(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) {
     reporter.printThroughput(os, kToXml, xmlText().size(), "target >= 1 GB/s");
     reporter.printThroughput(os, kToJson, jsonText().size(), "target >= 1 GB/s");
     reporter.printRatio(os, "toXmlString/naive", kNaiveXml, kToXml, "target >= 4x");
     reporter.printRatio(os, "toJsonString/naive", kNaiveJson, kToJson, "target >= 4x");
     reporter.printRatio(os, "XmlStream/pugixml", kPugixml, kXmlStream,
+                        "higher is better, target >= 1x");
+    reporter.printRatio(os, "XmlStream/pugixml (tickets)", kPugixmlTickets, kXmlStreamTickets,
                         "higher is better, target >= 1x");
 }
 
@@ -282,6 +402,10 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark(kNaiveJson, benchNaiveJson);
     benchmark::RegisterBenchmark(kXmlStream, benchXmlStream)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(kPugixml, benchPugixml)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(kXmlStreamTickets, benchXmlStreamTickets)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(kPugixmlTickets, benchPugixmlTickets)
+        ->Unit(benchmark::kMillisecond);
 
     cvsoa::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -68,6 +68,7 @@
 #include <corvane/soa/internal/json/StringValue.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 #include <corvane/soa/internal/json/ValueAllocator.hpp>
+#include <corvane/soa/internal/json/ValueArray.hpp>
 #include <corvane/soa/schemas.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ConnectionException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/Error.hpp>

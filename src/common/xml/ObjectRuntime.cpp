@@ -124,11 +124,24 @@ void writeJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
     }
 }
 
+// Copies a text member. A string of a parsed tree is taken from the tree's bytes: asking the
+// tree for a std::string would make one first, only to be copied.
+void readText(std::string& to, const JSONObject& json, const std::string& key) {
+    const AutoPtr<Value> value = json.getValue(key);
+    if (value.get() != nullptr && value->getType() == Value::STRING) {
+        const std::string_view text =
+            static_cast<const Internal::Json::StringValue&>(*value).view();
+        to.assign(text.data(), text.size());
+    } else {
+        to = json.getString(key);  // dates, and the failures in their own words
+    }
+}
+
 void readJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
                        const JSONObject& json) {
     switch (field.kind) {
         case FieldKind::Text:
-            at<std::string>(field, object) = json.getString(field.name);
+            readText(at<std::string>(field, object), json, field.name);
             break;
         case FieldKind::Boolean:
             at<bool>(field, object) = json.getBoolean(field.name);
@@ -357,7 +370,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 }
                 if (in.getValueType(field.name) == Value::STRING) {
                     if (std::string* uid = uidOf(field, object)) {
-                        *uid = in.getString(field.name);
+                        readText(*uid, in, field.name);
                     }
                 } else {
                     held(field, object).parseJSON(in.getJSONObject(field.name));
@@ -407,7 +420,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 break;
             }
             case FieldKind::TextElement:
-                at<std::string>(field, object) = in.getString(field.name);
+                readText(at<std::string>(field, object), in, field.name);
                 break;
             default:
                 break;
@@ -499,8 +512,9 @@ void ObjectRuntime::parseComplexJSONMapValue(BaseObject& object, const TypeDescr
         return;
     }
     if (field->kind == FieldKind::Text && value->getType() == Value::STRING) {
-        at<std::string>(*field, object) =
-            static_cast<const Internal::Json::StringValue&>(*value).getValue();
+        const std::string_view text =
+            static_cast<const Internal::Json::StringValue&>(*value).view();
+        at<std::string>(*field, object).assign(text.data(), text.size());
     } else if (field->kind == FieldKind::StructureList && value->getType() == Value::ARRAY) {
         const auto& array = static_cast<const JSONArray&>(*value);
         void* list = field->member(object);

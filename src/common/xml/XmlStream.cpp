@@ -8,6 +8,23 @@ namespace Corvane::Soa::Common::Xml {
 
 namespace {
 constexpr char kPrefixStem[] = "ns";
+
+// The put area of a stream buffer, which std::streambuf keeps protected: a pointer to member
+// formed through a derived class reaches it on any buffer. Text that fits is copied straight in,
+// without a virtual call per piece.
+class PutArea : public std::streambuf {
+public:
+    static char* reserve(std::streambuf& buffer, std::size_t length) {
+        char* next = (buffer.*&PutArea::pptr)();
+        char* end = (buffer.*&PutArea::epptr)();
+        return next != nullptr && static_cast<std::size_t>(end - next) >= length ? next : nullptr;
+    }
+    static void commit(std::streambuf& buffer, std::size_t length) {
+        (buffer.*&PutArea::pbump)(static_cast<int>(length));
+    }
+};
+
+char* put(char* out, const std::string& text) { return out + text.copy(out, text.size()); }
 }  // namespace
 
 XmlStream::XmlStream() : m_out(nullptr), m_ownedBuffer(new StringStream) { m_out = m_ownedBuffer; }
@@ -23,11 +40,29 @@ XmlStream::~XmlStream() { delete m_ownedBuffer; }
 // each time, which costs more than the copy itself.
 void XmlStream::write(const char* text, std::size_t length) {
     std::streambuf* buffer = m_out->rdbuf();
+    if (buffer != nullptr && m_out->good() && length <= kDirect) {
+        if (char* out = PutArea::reserve(*buffer, length)) {
+            std::memcpy(out, text, length);
+            PutArea::commit(*buffer, length);
+            return;
+        }
+    }
     const auto wanted = static_cast<std::streamsize>(length);
     if (buffer == nullptr || !m_out->good() || buffer->sputn(text, wanted) != wanted) {
         m_out->setstate(std::ios_base::badbit);
     }
 }
+
+// Where the text of `length` bytes can be written straight into the output's put area, or null.
+char* XmlStream::directRoom(std::size_t length) {
+    std::streambuf* buffer = m_out->rdbuf();
+    if (buffer == nullptr || !m_out->good() || length > kDirect) {
+        return nullptr;
+    }
+    return PutArea::reserve(*buffer, length);
+}
+
+void XmlStream::commitDirect(std::size_t length) { PutArea::commit(*m_out->rdbuf(), length); }
 
 void XmlStream::flushScratch() {
     write(m_scratch.data(), m_scratch.size());
@@ -109,6 +144,17 @@ void XmlStream::writeOpenElement(const std::string& ns, const std::string& name,
 }
 
 void XmlStream::writeAttribute(const std::string& name, const std::string& value) {
+    const std::size_t length = name.size() + value.size() + 4;
+    if (char* out = directRoom(length)) {
+        *out++ = ' ';
+        out = put(out, name);
+        *out++ = '=';
+        *out++ = '"';
+        out = put(out, value);
+        *out = '"';
+        commitDirect(length);
+        return;
+    }
     m_scratch.push_back(' ');
     m_scratch.append(name).append("=\"", 2).append(value);
     m_scratch.push_back('"');

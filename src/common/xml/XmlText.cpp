@@ -60,6 +60,9 @@ public:
     std::string escape(const std::string& text) const {
         const char* in = text.data();
         const std::size_t size = text.size();
+        if (size < kShort) {
+            return escapeShort(text);
+        }
         // Room for a sixteen-byte block stored whole plus one replacement.
         constexpr std::size_t kSlack = 16 + sizeof(Replacement::text);
         std::string out(size + size / 5 + kSlack, '\0');
@@ -154,6 +157,34 @@ public:
     }
 
 private:
+    // Texts shorter than this (most attribute values and element texts) are measured first and
+    // written into a string of the exact size: one that needs no escape is a plain copy, held in
+    // place when it is short enough.
+    static constexpr std::size_t kShort = 64;
+
+    std::string escapeShort(const std::string& text) const {
+        std::size_t extra = 0;
+        for (const char c : text) {
+            const unsigned char length = m_table[static_cast<unsigned char>(c)].length;
+            extra += length == 0 ? 0 : length - 1U;
+        }
+        if (extra == 0) {
+            return text;
+        }
+        std::string out(text.size() + extra, '\0');
+        char* o = out.data();
+        for (const char c : text) {
+            const Replacement& r = m_table[static_cast<unsigned char>(c)];
+            if (r.length == 0) {
+                *o++ = c;
+            } else {
+                std::memcpy(o, r.text, r.length);
+                o += r.length;
+            }
+        }
+        return out;
+    }
+
     std::array<Replacement, 256> m_table;
     char m_bytes[N];
 };

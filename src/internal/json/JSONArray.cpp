@@ -38,15 +38,15 @@ Value::ValueType typeOf(const Value* value) {
 // As for objects: the elements' counts are fetched before they are released one by one.
 JSONArray::~JSONArray() {
     for (const Element& element : m_elements) {
-        __builtin_prefetch(element.value.get());
+        __builtin_prefetch(element.get());
     }
     for (auto element = m_elements.rbegin(); element != m_elements.rend(); ++element) {
-        element->value.reset();
+        element->reset();
     }
 }
 
 void JSONArray::append(ValueType kind, AutoPtr<Value> value) {
-    m_elements.push_back(Element{std::move(value), kind});
+    m_elements.emplace_back(kind, std::move(value));
 }
 
 void JSONArray::add(bool value) { append(BOOLEAN, new BooleanValue(value)); }
@@ -76,25 +76,25 @@ void JSONArray::checkIndex(std::size_t index) const {
 }
 
 Value::ValueType JSONArray::getValueType(std::size_t index) const {
-    return m_elements.at(index).kind;
+    return m_elements.at(index).kind();
 }
 
 bool JSONArray::isNull(std::size_t index) const {
     checkIndex(index);
-    return typeOf(m_elements[index].value.get()) == NULL_VALUE;
+    return typeOf(m_elements[index].get()) == NULL_VALUE;
 }
 
 AutoPtr<Value> JSONArray::getValue(std::size_t index) const {
     checkIndex(index);
-    return m_elements[index].value;
+    return AutoPtr<Value>(m_elements[index].get());
 }
 
 bool JSONArray::getBoolean(std::size_t index) const {
     checkIndex(index);
-    if (m_elements[index].kind != BOOLEAN) {
-        throwEstablished(m_elements[index].kind);
+    if (m_elements[index].kind() != BOOLEAN) {
+        throwEstablished(m_elements[index].kind());
     }
-    const Value* value = m_elements[index].value.get();
+    const Value* value = m_elements[index].get();
     if (typeOf(value) != BOOLEAN) {
         throwNull();
     }
@@ -103,11 +103,11 @@ bool JSONArray::getBoolean(std::size_t index) const {
 
 DateTime JSONArray::getDate(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_elements[index].kind;
+    const ValueType kind = m_elements[index].kind();
     if (kind != DATE && kind != STRING) {
         throwEstablished(kind);
     }
-    const Value* value = m_elements[index].value.get();
+    const Value* value = m_elements[index].get();
     switch (typeOf(value)) {
         case DATE:
             return static_cast<const DateValue*>(value)->getValue();
@@ -121,11 +121,11 @@ DateTime JSONArray::getDate(std::size_t index) const {
 
 double JSONArray::getDouble(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_elements[index].kind;
+    const ValueType kind = m_elements[index].kind();
     if (kind != DOUBLE && kind != INTEGER) {
         throwEstablished(kind);
     }
-    const Value* value = m_elements[index].value.get();
+    const Value* value = m_elements[index].get();
     switch (typeOf(value)) {
         case DOUBLE:
             return static_cast<const DoubleValue*>(value)->getValue();
@@ -138,10 +138,10 @@ double JSONArray::getDouble(std::size_t index) const {
 
 int JSONArray::getInteger(std::size_t index) const {
     checkIndex(index);
-    if (m_elements[index].kind != INTEGER) {
-        throwEstablished(m_elements[index].kind);
+    if (m_elements[index].kind() != INTEGER) {
+        throwEstablished(m_elements[index].kind());
     }
-    const Value* value = m_elements[index].value.get();
+    const Value* value = m_elements[index].get();
     if (typeOf(value) != INTEGER) {
         throwNull();
     }
@@ -150,10 +150,10 @@ int JSONArray::getInteger(std::size_t index) const {
 
 AutoPtr<JSONArray> JSONArray::getJSONArray(std::size_t index) const {
     checkIndex(index);
-    if (m_elements[index].kind != ARRAY) {
-        throwEstablished(m_elements[index].kind);
+    if (m_elements[index].kind() != ARRAY) {
+        throwEstablished(m_elements[index].kind());
     }
-    Value* value = m_elements[index].value.get();
+    Value* value = m_elements[index].get();
     if (typeOf(value) != ARRAY) {
         throwNull();
     }
@@ -162,10 +162,10 @@ AutoPtr<JSONArray> JSONArray::getJSONArray(std::size_t index) const {
 
 AutoPtr<JSONObject> JSONArray::getJSONObject(std::size_t index) const {
     checkIndex(index);
-    if (m_elements[index].kind != OBJECT) {
-        throwEstablished(m_elements[index].kind);
+    if (m_elements[index].kind() != OBJECT) {
+        throwEstablished(m_elements[index].kind());
     }
-    Value* value = m_elements[index].value.get();
+    Value* value = m_elements[index].get();
     if (typeOf(value) != OBJECT) {
         throwNull();
     }
@@ -174,11 +174,11 @@ AutoPtr<JSONObject> JSONArray::getJSONObject(std::size_t index) const {
 
 const std::string& JSONArray::getString(std::size_t index) const {
     checkIndex(index);
-    const ValueType kind = m_elements[index].kind;
+    const ValueType kind = m_elements[index].kind();
     if (kind != STRING && kind != DATE) {
         throwEstablished(kind);
     }
-    const Value* value = m_elements[index].value.get();
+    const Value* value = m_elements[index].get();
     switch (typeOf(value)) {
         case STRING:
             return static_cast<const StringValue*>(value)->getValue();
@@ -199,12 +199,12 @@ void JSONArray::serialize(int level, std::ostream& os) const {
     if (count != 0) {
         const std::string inner = getPadding(level + 1);
         for (std::size_t i = 0; i < count; ++i) {
-            const ValueType kind = m_elements[i].kind;
+            const ValueType kind = m_elements[i].kind();
             if (kind == ARRAY || kind == OBJECT) {
                 os.put('\n');
                 os << inner;
             }
-            const Value* value = m_elements[i].value.get();
+            const Value* value = m_elements[i].get();
             if (value == nullptr) {
                 os.write("null", 4);
             } else {

@@ -25,22 +25,23 @@ using Members = JSONObject::Members;
 
 // std::string compares through char_traits<char>, which orders bytes as unsigned char: the
 // plain byte-wise order of the keys.
-bool keyBefore(const JSONObject::Member& member, const std::string& key) {
-    return member.first < key;
+bool keyBefore(const JSONObject::Member& member, std::string_view key) {
+    return member.key() < key;
 }
 
-Members::const_iterator lowerBound(const Members& members, const std::string& key) {
-    return std::lower_bound(members.begin(), members.end(), key, keyBefore);
+template <class Iterator>
+Iterator lowerBound(Iterator first, Iterator last, std::string_view key) {
+    return std::lower_bound(first, last, key, keyBefore);
 }
 
 // The stored pointer under the key (null when a null holder was stored); throws when the key
 // is missing.
 Value* lookup(const Members& members, const std::string& key) {
-    const auto it = lowerBound(members, key);
-    if (it == members.end() || it->first != key) {
+    const auto it = lowerBound(members.begin(), members.end(), key);
+    if (it == members.end() || it->key() != key) {
         throw KeyNotFoundException(key + " is not a valid key in this JSONObject");
     }
-    return it->second.get();
+    return it->value().get();
 }
 
 // Stands in for a null holder, which reads like a JSON null. It is never held, so its count
@@ -64,27 +65,27 @@ Value& nullStandIn() {
 // misses of a large tree instead of taking them one after the other.
 JSONObject::~JSONObject() {
     for (const Member& member : m_members) {
-        __builtin_prefetch(member.second.get());
+        __builtin_prefetch(member.value().get());
     }
     // Last first: the members that are containers wait in the destruction queue, which hands out
     // the last one queued first, so the tree is taken apart in document order.
     for (auto member = m_members.rbegin(); member != m_members.rend(); ++member) {
-        member->second.reset();
+        member->value().reset();
     }
 }
 
 void JSONObject::put(const std::string& key, AutoPtr<Value> value) {
     // Members usually come in key order: appending needs no search.
-    if (m_members.empty() || m_members.back().first < key) {
-        m_members.emplace_back(key, std::move(value));
+    if (m_members.empty() || m_members.back().key() < key) {
+        m_members.emplace_back(key.data(), key.size(), std::move(value));
         return;
     }
-    const auto it = std::lower_bound(m_members.begin(), m_members.end(), key, keyBefore);
-    if (it->first == key) {
-        it->second = std::move(value);  // releases the value it replaces
+    const auto it = lowerBound(m_members.begin(), m_members.end(), key);
+    if (it->key() == key) {
+        it->value() = std::move(value);  // releases the value it replaces
         return;
     }
-    m_members.emplace(it, key, std::move(value));
+    m_members.emplace(it, key.data(), key.size(), std::move(value));
 }
 
 void JSONObject::accumulate(const std::string& key, bool value) {
@@ -126,15 +127,15 @@ const Value& JSONObject::find(const std::string& key) const {
 }
 
 bool JSONObject::containsKey(const std::string& key) const {
-    const auto it = lowerBound(m_members, key);
-    return it != m_members.end() && it->first == key;
+    const auto it = lowerBound(m_members.begin(), m_members.end(), key);
+    return it != m_members.end() && it->key() == key;
 }
 
 std::vector<std::string> JSONObject::getKeys() const {
     std::vector<std::string> keys;
     keys.reserve(m_members.size());
     for (const Member& member : m_members) {
-        keys.push_back(member.first);
+        keys.emplace_back(member.key());
     }
     return keys;
 }
@@ -245,9 +246,9 @@ void JSONObject::serialize(int level, std::ostream& os) const {
                 os << inner;
             }
             os.put('"');
-            os << member.first;
+            os << member.key();
             os.write("\": ", 3);
-            const Value* value = member.second.get();
+            const Value* value = member.value().get();
             if (value == nullptr) {
                 os.write("null", 4);
             } else {

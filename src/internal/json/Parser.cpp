@@ -116,10 +116,9 @@ void sortMembers(PendingMember* first, PendingMember* last) {
 
 // Unescapes the raw text of a string: \" \\ \/ \b \f \n \r \t become the byte they name; any
 // other escape, \u included, stays as written, and so does a lone backslash at the end.
-// Unescaping never lengthens the text, so the result is written in place into one allocation.
-std::string unescape(const char* p, const char* end) {
-    std::string out(static_cast<std::size_t>(end - p), '\0');
-    char* o = out.data();
+// Unescaping never lengthens the text: `out` needs room for the raw text; returns the length.
+std::size_t unescapeInto(char* out, const char* p, const char* end) {
+    char* o = out;
     while (p != end) {
         const auto* backslash =
             static_cast<const char*>(std::memchr(p, '\\', static_cast<std::size_t>(end - p)));
@@ -163,41 +162,16 @@ std::string unescape(const char* p, const char* end) {
         }
         p = backslash + 2;
     }
-    out.resize(static_cast<std::size_t>(o - out.data()));
+    return static_cast<std::size_t>(o - out);
+}
+
+std::string unescape(const char* p, const char* end) {
+    std::string out(static_cast<std::size_t>(end - p), '\0');
+    out.resize(unescapeInto(out.data(), p, end));
     return out;
 }
 
 int twoDigits(const char* p) { return (p[0] - '0') * 10 + (p[1] - '0'); }
-
-void putTwoDigits(char*& out, int value) {
-    *out++ = static_cast<char>('0' + value / 10);
-    *out++ = static_cast<char>('0' + value % 10);
-}
-
-// The wire text DateTime writes for a date in standard time (not the null date, fields in their
-// usual ranges), made in one allocation of the exact size.
-std::string standardTimeText(const DateTime& value) {
-    char text[19];
-    char* p = text;
-    putTwoDigits(p, value.year() / 100);
-    putTwoDigits(p, value.year() % 100);
-    *p++ = '-';
-    putTwoDigits(p, value.month());
-    *p++ = '-';
-    putTwoDigits(p, value.day());
-    *p++ = 'T';
-    putTwoDigits(p, value.hour());
-    *p++ = ':';
-    putTwoDigits(p, value.minute());
-    *p++ = ':';
-    putTwoDigits(p, value.second());
-    const std::string& offset = LocalZone::standardOffsetText();
-    std::string result;
-    result.reserve(sizeof text + offset.size());
-    result.append(text, sizeof text);
-    result.append(offset);
-    return result;
-}
 
 // Moves a date by whole minutes as DateTime's arithmetic with an amount of hours and minutes
 // does. A move that stays within a day of an ordinary date (day 1 to 28, hour below 24) changes
@@ -218,10 +192,9 @@ void shiftByMinutes(DateTime& value, int minutes) {
 }
 
 // Reads the usual wire text of a date, "yyyy-mm-ddThh:mm:ss+hh:mm", exactly as the text
-// constructor of DateTime reads it, without its general scanning, and gives the wire text of the
-// result. Any other text, one the constructor refuses included, gives false and is left to the
-// constructor.
-bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& wireText) {
+// constructor of DateTime reads it, without its general scanning. Any other text, one the
+// constructor refuses included, gives false and is left to the constructor.
+bool readUsualDate(const char* p, std::size_t size, DateTime& out) {
     // dddd-dd-ddThh:mm:ss+hh:mm
     if (size != 25) {
         return false;
@@ -265,17 +238,6 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& 
         shiftByMinutes(value, LocalZone::daylightOffset() - LocalZone::standardOffset());
     }
     out = value;
-    // In standard time the daylight decision made above is the one writing would make again.
-    const auto inRange = [](int field, int last) { return field >= 0 && field <= last; };
-    const bool nullDate = value.year() == 1 && value.month() == 1 && value.day() == 1 &&
-                          value.hour() == 0 && value.minute() == 0 && value.second() == 0;
-    if (!daylight && !nullDate && inRange(value.year(), 9999) && inRange(value.month(), 99) &&
-        inRange(value.day(), 99) && inRange(value.hour(), 99) && inRange(value.minute(), 99) &&
-        inRange(value.second(), 99)) {
-        wireText = standardTimeText(value);
-    } else {
-        wireText = value.toString();
-    }
     return true;
 }
 
@@ -286,6 +248,14 @@ bool readUsualDate(const char* p, std::size_t size, DateTime& out, std::string& 
 // are handed over in one piece.
 class Parser::Reader {
 public:
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+    ~Reader() {
+        for (KeySlot& slot : m_keys) {
+            settle(slot);
+        }
+    }
+
     Reader(const std::string& text, Utf8String& transcoder)
         : m_cursor(text.data()),
           m_end(text.data() + text.size()),
@@ -441,10 +411,17 @@ private:
             appendDecodedJson(out, m_local.data(), m_local.size());
             return AutoPtr<Value>(new StringValue(std::move(out)));
         }
-        if (escaped) {
-            return AutoPtr<Value>(new StringValue(unescape(begin, end)));
+        const auto length = static_cast<std::size_t>(end - begin);
+        StringValue* value = StringValue::makeInPlace(length);
+        if (value == nullptr) {
+            return AutoPtr<Value>(
+                new StringValue(escaped ? unescape(begin, end) : std::string(begin, length)));
         }
-        return AutoPtr<Value>(new StringValue(begin, static_cast<std::size_t>(end - begin)));
+        AutoPtr<Value> held(value);
+        // Unescaping never lengthens the text.
+        value->setSize(escaped ? unescapeInto(value->bytes(), begin, end)
+                               : (std::memcpy(value->bytes(), begin, length), length));
+        return held;
     }
 
     // The cursor is on the opening quote of a date-shaped string.
@@ -455,12 +432,10 @@ private:
         scanString(begin, end);
         consumeClosingQuote();
         DateTime value(0, 0, 0, 0, 0, 0);
-        std::string text;
-        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value, text)) {
+        if (!readUsualDate(begin, static_cast<std::size_t>(end - begin), value)) {
             value = DateTime(std::string(begin, end));
-            text = value.toString();
         }
-        return AutoPtr<Value>(new DateValue(value, std::move(text)));
+        return AutoPtr<Value>(new DateValue(value));
     }
 
     // A run of number bytes; with a '.' or an exponent it is a double, otherwise an integer.
@@ -609,6 +584,56 @@ private:
         fail("Unkown value type. ");
     }
 
+    using Key = JSONObject::Member::Key;
+
+    // The members of a document share the text of equal keys: the keys met lately are kept in a
+    // small table, each held by the table with a count large enough that members released early
+    // cannot bring it to zero, and handed to the members without touching the count; the uses
+    // are settled when the key leaves the table.
+    static constexpr std::size_t kKeySlots = 256;
+    static constexpr std::uint32_t kTableHolding = std::uint32_t{1} << 30U;
+
+    struct KeySlot {
+        Key* key = nullptr;
+        std::uint32_t uses = 0;
+    };
+
+    static void settle(KeySlot& slot) noexcept {
+        if (slot.key != nullptr) {
+            Key::release(slot.key, kTableHolding - slot.uses);
+        }
+        slot = KeySlot();
+    }
+
+    static std::size_t slotOf(const char* text, std::size_t length) {
+        // Whole eight-byte loads where the key is long enough: a load narrower than the store
+        // before it would wait for that store to complete.
+        std::uint64_t head = 0;
+        std::uint64_t tail = 0;
+        if (length >= 8) {
+            std::memcpy(&head, text, 8);
+            std::memcpy(&tail, text + length - 8, 8);
+        } else {
+            for (std::size_t i = 0; i < length; ++i) {
+                head = (head << 8U) | static_cast<unsigned char>(text[i]);
+            }
+        }
+        const std::uint64_t mixed =
+            (head ^ (tail * 0x9E3779B97F4A7C15ULL) ^ length) * 0xBF58476D1CE4E5B9ULL;
+        return static_cast<std::size_t>(mixed >> 56U);
+    }
+
+    Key* internKey(const char* text, std::size_t length) {
+        KeySlot& slot = m_keys[slotOf(text, length)];
+        if (slot.key == nullptr || slot.key->length != length ||
+            std::memcmp(slot.key->text(), text, length) != 0 || slot.uses == kTableHolding - 1) {
+            settle(slot);
+            slot.key = Key::make(text, length, kTableHolding);
+        }
+        ++slot.uses;
+        return slot.key;
+    }
+
     void enter() {
         if (++m_depth > kMaxDepth) {
             fail("The JSON document is nested too deeply. ");
@@ -670,9 +695,8 @@ private:
             if (!ordered && it + 1 != last && sameKey(*it, *(it + 1))) {
                 continue;
             }
-            members.emplace_back(std::piecewise_construct,
-                                 std::forward_as_tuple(it->key, it->length),
-                                 std::forward_as_tuple(std::move(it->value)));
+            members.emplace_back(
+                JSONObject::Member(internKey(it->key, it->length), std::move(it->value)));
         }
         m_members.resize(base);
         --m_depth;
@@ -695,7 +719,7 @@ private:
             Value::ValueType kind = Value::UNDETERMINED;
             // The value first: a nested array uses the same stack while it is read.
             AutoPtr<Value> value = parseValue(kind);
-            m_elements.push_back(JSONArray::Element{std::move(value), kind});
+            m_elements.emplace_back(kind, std::move(value));
             trim();
             if (!at(',')) {
                 break;
@@ -704,9 +728,12 @@ private:
         }
         validateToken(']');
         const auto first = m_elements.begin() + static_cast<std::ptrdiff_t>(base);
-        array->m_elements.assign(std::make_move_iterator(first),
-                                 std::make_move_iterator(m_elements.end()));
-        m_elements.resize(base);
+        auto& elements = array->m_elements;
+        elements.reserve(static_cast<std::size_t>(m_elements.end() - first));
+        for (auto it = first; it != m_elements.end(); ++it) {
+            elements.emplace_back(std::move(*it));
+        }
+        m_elements.erase(first, m_elements.end());
         --m_depth;
         return array;
     }
@@ -721,6 +748,7 @@ private:
     // Members and elements of the open containers, innermost last.
     std::vector<PendingMember> m_members;
     std::vector<JSONArray::Element> m_elements;
+    KeySlot m_keys[kKeySlots];
     // A string's raw text and its local form, when strings are transcoded.
     std::string m_raw;
     std::string m_local;

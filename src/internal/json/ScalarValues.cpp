@@ -7,6 +7,9 @@
 #include <corvane/soa/internal/json/NullValue.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
+#include "internal/json/ValuePool.hpp"
+
+#include <new>
 #include <string>
 #include <utility>
 
@@ -36,25 +39,55 @@ void DoubleValue::serialize(int /*level*/, std::ostream& os) const {
     os << lexical_cast<std::string, double>(m_value);
 }
 
-StringValue::StringValue(const std::string& value) : m_value(value) {}
-StringValue::StringValue(std::string&& value) noexcept : m_value(std::move(value)) {}
-StringValue::StringValue(const char* text, std::size_t size) : m_value(text, size) {}
-StringValue::~StringValue() = default;
+namespace {
+// The string of a value, in a block of the values' storage.
+std::string* newString(std::string&& text) {
+    return new (Value::operator new(sizeof(std::string))) std::string(std::move(text));
+}
+}  // namespace
+
+StringValue* StringValue::makeInPlace(std::size_t capacity) {
+    if (capacity > ValuePool::kLargest - sizeof(StringValue)) {
+        return nullptr;
+    }
+    return new (Value::operator new(sizeof(StringValue) + capacity)) StringValue();
+}
+
+StringValue::StringValue(const std::string& value) : m_string(newString(std::string(value))) {}
+StringValue::StringValue(std::string&& value) : m_string(newString(std::move(value))) {}
+StringValue::~StringValue() {
+    if (m_string != nullptr) {
+        m_string->~basic_string();
+        Value::operator delete(m_string, sizeof(std::string));
+    }
+}
+const std::string& StringValue::getValue() const {
+    if (m_string == nullptr) {
+        m_string = newString(std::string(view()));
+    }
+    return *m_string;
+}
 void StringValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
-    os << Common::Xml::toJsonString(m_value);
+    os << Common::Xml::toJsonString(getValue());
     os.put('"');
 }
 
-DateValue::DateValue(const Common::DateTime& value)
-    : m_value(value), m_text(lexical_cast<std::string, Common::DateTime>(value)) {}
-DateValue::DateValue(const Common::DateTime& value, std::string text)
-    : m_value(value), m_text(std::move(text)) {}
+DateValue::DateValue(const Common::DateTime& value) : m_value(value) {}
 DateValue::~DateValue() = default;
+// Most dates of a document are read into a binding as dates: their text is made only for the
+// few that are asked for it.
+const std::string& DateValue::getText() const {
+    if (!m_text) {
+        m_text =
+            std::make_unique<std::string>(lexical_cast<std::string, Common::DateTime>(m_value));
+    }
+    return *m_text;
+}
 // The wire text of a date holds nothing that needs escaping.
 void DateValue::serialize(int /*level*/, std::ostream& os) const {
     os.put('"');
-    os << m_text;
+    os << getText();
     os.put('"');
 }
 

@@ -126,11 +126,11 @@ void Value::prefetchStorage(const Value* container) noexcept {
 void Value::prefetchChildren(const Value* container) noexcept {
     if (container->getType() == OBJECT) {
         for (const auto& member : static_cast<const JSONObject*>(container)->m_members) {
-            __builtin_prefetch(member.second.get());
+            __builtin_prefetch(member.value().get());
         }
     } else {
         for (const auto& element : static_cast<const JSONArray*>(container)->m_elements) {
-            __builtin_prefetch(element.value.get());
+            __builtin_prefetch(element.get());
         }
     }
 }
@@ -160,6 +160,8 @@ void Value::destroy(Value* value) noexcept {
         }
         return;
     }
+    // The values of a tree lie side by side: their releases are counted off per chunk.
+    const ValuePool::BatchedRelease batch;
     PendingQueue queue;
     pending = &queue;
     delete value;

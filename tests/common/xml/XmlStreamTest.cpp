@@ -22,6 +22,29 @@ protected:
     std::streamsize xsputn(const char* /*s*/, std::streamsize /*n*/) override { return 0; }
 };
 
+// A buffer whose put area holds eight bytes, emptied into `text` when full: pieces of text
+// straddle its end at every offset.
+class SmallBuffer : public std::streambuf {
+public:
+    SmallBuffer() { setp(m_area, m_area + sizeof m_area); }
+    std::string all() const { return text + std::string(pbase(), pptr()); }
+
+protected:
+    int_type overflow(int_type c) override {
+        text.append(pbase(), pptr());
+        setp(m_area, m_area + sizeof m_area);
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            *pptr() = traits_type::to_char_type(c);
+            pbump(1);
+        }
+        return traits_type::not_eof(c);
+    }
+
+private:
+    std::string text;
+    char m_area[8];
+};
+
 // --- namespace table ---------------------------------------------------------------------------
 
 TEST(XmlStreamNamespaces, PrefixesAreNumberedInOrderOfAddition) {
@@ -173,6 +196,30 @@ TEST(XmlStreamOutput, WholeDocument) {
               "<user>j&amp;d</user><remember>0</remember>\n"
               "<ns1:Context id=\"c1\"><timeout>30</timeout></ns1:Context>\n"
               "<ns0:Empty/></ns0:LoginInput>");
+}
+
+TEST(XmlStreamOutput, SameBytesWhateverRoomTheOutputBufferHas) {
+    const auto write = [](std::ostream& out) {
+        XmlStream xml(&out);
+        xml.addNamespace("urn:a");
+        for (int i = 0; i < 20; ++i) {
+            xml.writeOpenElement("urn:a", "item");
+            xml.writeAttribute("id", std::string(static_cast<std::size_t>(i), 'x'));
+            xml.writeAttribute("kind", "R&amp;D");
+            xml.writeOpenElementClose("item", i % 2 == 0);
+            if (i % 2 != 0) {
+                xml << "text " << std::to_string(i);
+                xml.writeCloseElement("urn:a", "item");
+            }
+        }
+    };
+    std::ostringstream roomy;
+    write(roomy);
+    SmallBuffer small;
+    std::ostream tight(&small);
+    write(tight);
+    EXPECT_TRUE(tight.good());
+    EXPECT_EQ(small.all(), roomy.str());
 }
 
 // --- failing output streams --------------------------------------------------------------------

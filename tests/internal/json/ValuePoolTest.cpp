@@ -3,6 +3,7 @@
 #include <corvane/soa/internal/json/IntegerValue.hpp>
 #include <corvane/soa/internal/json/JSONArray.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
+#include <corvane/soa/internal/json/Parser.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
 #include <gtest/gtest.h>
@@ -117,10 +118,53 @@ TEST(ValuePool, ThreadsReleasingEachOthersValuesAtOnce) {
     EXPECT_EQ(faults, std::vector<int>(kThreads, 0));
 }
 
+TEST(ValuePool, PartsOfOneDocumentReleasedOnSeveralThreads) {
+    // The objects of one document share their keys' texts; a long string stays on the heap.
+    constexpr int kThreads = 4;
+    constexpr int kObjects = 4000;
+    const std::string tail(3000, 'x');
+    std::string text = "[";
+    for (int i = 0; i < kObjects; ++i) {
+        text += (i == 0 ? "{" : ",{") + std::string("\"a key longer than sixteen\":") +
+                std::to_string(i) + ",\"s\":\"" + std::to_string(i) + "\\n" +
+                (i % 1000 == 0 ? tail : "") + "\"}";
+    }
+    text += "]";
+    std::vector<std::vector<AutoPtr<JSONObject>>> shares(kThreads);
+    {
+        Parser parser;
+        const AutoPtr<JSONArray> all = parser.parse(text).dynamicCast<JSONArray>();
+        for (int i = 0; i < kObjects; ++i) {
+            shares[static_cast<std::size_t>(i % kThreads)].push_back(
+                all->getJSONObject(static_cast<std::size_t>(i)));
+        }
+    }
+    std::vector<int> faults(kThreads, 0);
+    std::vector<std::thread> threads;
+    threads.reserve(kThreads);
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&shares, &faults, &tail, t] {
+            int i = t;
+            for (const AutoPtr<JSONObject>& object : shares[static_cast<std::size_t>(t)]) {
+                const std::string expected = std::to_string(i) + "\n" + (i % 1000 == 0 ? tail : "");
+                faults[static_cast<std::size_t>(t)] +=
+                    object->getInteger("a key longer than sixteen") != i ||
+                    object->getString("s") != expected;
+                i += kThreads;
+            }
+            shares[static_cast<std::size_t>(t)].clear();
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(faults, std::vector<int>(kThreads, 0));
+}
+
 TEST(ValuePool, ArraysKeepTheirElementsAsTheyGrowFromPoolToHeapStorage) {
-    // Element storage of up to 512 bytes comes from the pool, larger from the heap.
+    // Element storage of up to 2048 bytes comes from the pool, larger from the heap.
     AutoPtr<JSONArray> array(new JSONArray);
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 300; ++i) {
         array->add(i);
         ASSERT_EQ(array->size(), static_cast<std::size_t>(i + 1));
         ASSERT_EQ(array->getInteger(0), 0);

@@ -83,6 +83,11 @@ private:
     void appendElementStart(const std::string& ns, const std::string& name);
     void flushScratch();
     void write(const char* text, std::size_t length);
+    char* directRoom(std::size_t length);
+    void commitDirect(std::size_t length);
+
+    // Longest text copied straight into the output's put area (pbump counts in int).
+    static constexpr std::size_t kDirect = std::size_t{1} << 30U;
 
     std::map<std::string, std::string> m_namespaces;
     int m_prefixCounter = 0;

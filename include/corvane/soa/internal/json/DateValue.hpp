@@ -4,14 +4,15 @@
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
 
+#include <memory>
 #include <string>
 
 namespace Corvane::Soa::Internal::Json {
 
 class Parser;
 
-/// A JSON string that has the shape of a date, read as a `DateTime`; it keeps the date's wire
-/// text, made once when the value is built, and prints that text.
+/// A JSON string that has the shape of a date, read as a `DateTime`; it prints the date's wire
+/// text, made once, when it is first asked for, and kept.
 class CORVANE_SOA_API DateValue : public Value {
 public:
     explicit DateValue(const ::Corvane::Soa::Common::DateTime& value);
@@ -23,19 +24,14 @@ public:
 
     const ::Corvane::Soa::Common::DateTime& getValue() const noexcept { return m_value; }
     /// The wire text of the date.
-    const std::string& getText() const noexcept { return m_text; }
+    const std::string& getText() const;
 
 protected:
     void serialize(int level, std::ostream& os) const override;
 
 private:
-    friend class Parser;
-
-    /// `text` must be the wire text of `value`.
-    DateValue(const ::Corvane::Soa::Common::DateTime& value, std::string text);
-
     ::Corvane::Soa::Common::DateTime m_value;
-    std::string m_text;
+    mutable std::unique_ptr<std::string> m_text;  // made when first asked for
 };
 
 }  // namespace Corvane::Soa::Internal::Json

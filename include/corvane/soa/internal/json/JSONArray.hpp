@@ -4,8 +4,9 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
-#include <corvane/soa/internal/json/ValueAllocator.hpp>
+#include <corvane/soa/internal/json/ValueArray.hpp>
 
+#include <cstdint>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -65,16 +66,64 @@ private:
     friend class Parser;
     friend class Value;
 
-    // An element with the kind recorded for it.
-    struct Element {
-        ::Corvane::Soa::Common::AutoPtr<Value> value;
-        ValueType kind;
+    // An element and the kind recorded for it, in one word. The kind is the value's own type,
+    // except for a null holder (stored as twice the kind, below any address) and for the null
+    // value of a null text, recorded as a string (its address with the low bit set).
+    class Element {
+    public:
+        Element(ValueType kind, ::Corvane::Soa::Common::AutoPtr<Value> value) noexcept {
+            Value* held = value.get();
+            if (held == nullptr) {
+                m_bits = static_cast<std::uintptr_t>(kind) * 2;
+                return;
+            }
+            held->ref();
+            m_bits = reinterpret_cast<std::uintptr_t>(held) |
+                     (kind != held->getType() ? std::uintptr_t{1} : std::uintptr_t{0});
+        }
+        Element(Element&& other) noexcept : m_bits(other.m_bits) { other.m_bits = 0; }
+        Element& operator=(Element&& other) noexcept {
+            if (this != &other) {
+                reset();
+                m_bits = other.m_bits;
+                other.m_bits = 0;
+            }
+            return *this;
+        }
+        Element(const Element&) = delete;
+        Element& operator=(const Element&) = delete;
+        ~Element() { reset(); }
+
+        Value* get() const noexcept {
+            // The word is an address with a flag in its low bit, by design.
+            return m_bits < kLowest
+                       ? nullptr
+                       : reinterpret_cast<Value*>(  // NOLINT(performance-no-int-to-ptr)
+                             m_bits & ~std::uintptr_t{1});
+        }
+        ValueType kind() const {
+            if (m_bits < kLowest) {
+                return static_cast<ValueType>(m_bits / 2);
+            }
+            return (m_bits & 1U) != 0 ? STRING : get()->getType();
+        }
+        void reset() noexcept {
+            Value* held = get();
+            m_bits = 0;
+            if (held != nullptr) {
+                held->unref();
+            }
+        }
+
+    private:
+        static constexpr std::uintptr_t kLowest = 64;
+        std::uintptr_t m_bits;
     };
 
     void append(ValueType kind, ::Corvane::Soa::Common::AutoPtr<Value> value);
     void checkIndex(std::size_t index) const;
 
-    std::vector<Element, ValueAllocator<Element>> m_elements;
+    ValueArray<Element> m_elements;
 };
 
 }  // namespace Corvane::Soa::Internal::Json

@@ -4,9 +4,13 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/internal/json/Value.hpp>
-#include <corvane/soa/internal/json/ValueAllocator.hpp>
+#include <corvane/soa/internal/json/ValueArray.hpp>
 
+#include <atomic>
+#include <cstdint>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -23,9 +27,63 @@ class Parser;
 /// member of another kind ("This elment is NULL." for a null member).
 class CORVANE_SOA_API JSONObject : public Value {
 public:
-    using Member = std::pair<std::string, ::Corvane::Soa::Common::AutoPtr<Value>>;
+    /// A key and its value. The key's text is a block of the values' storage with a count of its
+    /// holders: the members of one parsed document share the text of equal keys.
+    class Member {
+    public:
+        Member(const char* key, std::size_t length, ::Corvane::Soa::Common::AutoPtr<Value> value)
+            : m_key(Key::make(key, length, 1)), m_value(std::move(value)) {}
+        Member(Member&& other) noexcept
+            : m_key(std::exchange(other.m_key, nullptr)), m_value(std::move(other.m_value)) {}
+        Member& operator=(Member&& other) noexcept {
+            if (this != &other) {
+                Key::release(std::exchange(m_key, std::exchange(other.m_key, nullptr)), 1);
+                m_value = std::move(other.m_value);
+            }
+            return *this;
+        }
+        Member(const Member&) = delete;
+        Member& operator=(const Member&) = delete;
+        ~Member() { Key::release(m_key, 1); }
+
+        std::string_view key() const noexcept { return {m_key->text(), m_key->length}; }
+        const ::Corvane::Soa::Common::AutoPtr<Value>& value() const noexcept { return m_value; }
+        ::Corvane::Soa::Common::AutoPtr<Value>& value() noexcept { return m_value; }
+
+    private:
+        friend class Parser;
+
+        // The text of a key and the number of its holders, the bytes following the header.
+        struct Key {
+            std::atomic<std::uint32_t> holders;
+            std::uint32_t length;
+
+            const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+            static Key* make(const char* text, std::size_t length, std::uint32_t holders) {
+                void* block = Value::operator new(sizeof(Key) + length);
+                Key* key = new (block) Key{{holders}, static_cast<std::uint32_t>(length)};
+                std::memcpy(reinterpret_cast<char*>(key + 1), text, length);
+                return key;
+            }
+            static void release(Key* key, std::uint32_t count) noexcept {
+                if (key != nullptr &&
+                    key->holders.fetch_sub(count, std::memory_order_acq_rel) == count) {
+                    const std::size_t bytes = sizeof(Key) + key->length;
+                    key->~Key();
+                    Value::operator delete(key, bytes);
+                }
+            }
+        };
+
+        // Takes over one holding of `key`.
+        Member(Key* key, ::Corvane::Soa::Common::AutoPtr<Value> value) noexcept
+            : m_key(key), m_value(std::move(value)) {}
+
+        Key* m_key;
+        ::Corvane::Soa::Common::AutoPtr<Value> m_value;
+    };
     /// The member storage comes from the values' pool, as the values themselves.
-    using Members = std::vector<Member, ValueAllocator<Member>>;
+    using Members = ValueArray<Member>;
 
     JSONObject() = default;
     ~JSONObject() override;

@@ -21,9 +21,10 @@ class JSONArray;
 /// Destroying a tree never recurses, however deep it is: containers whose last holder lets go
 /// are taken apart one at a time.
 ///
-/// Values, and the member and element arrays of containers up to 512 bytes, are allocated from
-/// a pool of blocks kept for them, not from the global heap: building and releasing a large tree
-/// costs no heap call per value. A value may be released on another thread than the one that
+/// Values, and the member and element arrays of containers up to 2048 bytes, are cut one after
+/// the other from large chunks, not taken from the global heap one by one: building and
+/// releasing a large tree costs no heap call per value. A chunk goes back to the heap when all
+/// its values have been released. A value may be released on another thread than the one that
 /// made it.
 class CORVANE_SOA_API Value {
 public:

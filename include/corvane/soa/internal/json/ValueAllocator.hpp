@@ -8,7 +8,7 @@
 namespace Corvane::Soa::Internal::Json {
 
 /// A standard allocator drawing from the same storage as values: the element and member arrays
-/// of containers then cost no heap call either. Requests of more than 512 bytes go to the global
+/// of containers then cost no heap call either. Requests of more than 2048 bytes go to the global
 /// heap. All instances are interchangeable.
 template <class T>
 class ValueAllocator {
