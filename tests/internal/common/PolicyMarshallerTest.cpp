@@ -121,6 +121,8 @@ TEST_F(PolicyFile, LoadingAFileEndsAsLoadingItsTree) {
     for (int i = 0; i < 1100; ++i) {
         deep += "<x>";
     }
+    // Long cases are written as adjacent literals on purpose.
+    // NOLINTBEGIN(bugprone-suspicious-missing-comma)
     const std::string cases[] = {
         // A misplaced element, then the document breaks off: the reader's fault, nothing added.
         "<ObjectPropertyPolicy><ObjectType name='A'><Property name='a'/></ObjectType><Other/>"
@@ -139,6 +141,7 @@ TEST_F(PolicyFile, LoadingAFileEndsAsLoadingItsTree) {
         "<p:Property name='\xE2\x82\xAC' uIValueOnly='0'><Deeper/></p:Property></p:ObjectType>"
         "<p:ObjectType p:name='X'/></p:ObjectPropertyPolicy>",
     };
+    // NOLINTEND(bugprone-suspicious-missing-comma)
     std::string outcomes[2];
     for (const std::string& text : cases) {
         const std::string path = write("in.xml", text);
