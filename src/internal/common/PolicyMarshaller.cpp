@@ -47,21 +47,44 @@ void readFlags(const XMLNode& node, Target& target) {
     }
 }
 
+// Sets the flag attribute of `out` that is flag number `index` of `PolicyMarshaller::flags()`.
+template <class Out>
+void setFlag(Out& out, std::size_t index, bool on) {
+    switch (index) {
+        case 0:
+            out.setWithProperties(on);
+            break;
+        case 1:
+            out.setExcludeUiValues(on);
+            break;
+        case 2:
+            out.setIncludeIsModifiable(on);
+            break;
+        case 3:
+            out.setAsAttribute(on);
+            break;
+        case 4:
+            out.setUIValueOnly(on);
+            break;
+        case 5:
+            out.setExcludeParentProperties(on);
+            break;
+        default:
+            break;
+    }
+}
+
 // The flag modifiers of `model` become the flag attributes of `out`, "1" or "0" as the model
 // reads them. The schema types also know "excludeIsModifiable", which is not a flag: it is
 // never set from a model. A model holds few modifiers, so each is matched against the flags
 // rather than each flag looked up among them.
 template <class Model, class Out>
 void writeFlags(const Model& model, Out& out) {
-    using Setter = void (Out::*)(const bool&);
-    static constexpr Setter setters[] = {
-        &Out::setWithProperties, &Out::setExcludeUiValues, &Out::setIncludeIsModifiable,
-        &Out::setAsAttribute,    &Out::setUIValueOnly,     &Out::setExcludeParentProperties};
     const auto& flags = PolicyMarshaller::flags();
     for (const auto& [name, value] : model.getModifiers()) {
         for (std::size_t i = 0; i < flags.size(); ++i) {
             if (name == flags[i]) {
-                (out.*setters[i])(value == "1" || value == "true");
+                setFlag(out, i, value == "1" || value == "true");
                 break;
             }
         }
