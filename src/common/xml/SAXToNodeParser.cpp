@@ -218,6 +218,8 @@ private:
     void feed();
     void feedStart(const char16_t*& event);
     void buildStart(const char16_t*& event);
+    std::string_view readValue(const char16_t*& event, char16_t kind, std::string& scratch,
+                               bool replace);
     void buildText(const char16_t* text, std::size_t length);
     void buildText(const char* bytes, std::size_t size);
     // Moves the text of the innermost open element to its node once it has grown long.
@@ -822,6 +824,22 @@ void SAXToNodeParser::Impl::feed() {
     m_textEnd = kNoText;
 }
 
+// An attribute's recorded value: UTF-8 bytes as recorded, or UTF-16 units converted into
+// `scratch`, which the view then shows.
+std::string_view SAXToNodeParser::Impl::readValue(const char16_t*& event, char16_t kind,
+                                                  std::string& scratch, bool replace) {
+    const std::size_t length = readLength(event);
+    if (kind == kAttribute) {
+        const std::string_view value(reinterpret_cast<const char*>(event), length);
+        event += unitsForBytes(length);
+        return value;
+    }
+    scratch.clear();
+    appendLocal(event, length, scratch, replace);
+    event += length;
+    return scratch;
+}
+
 void SAXToNodeParser::Impl::feedStart(const char16_t*& event) {
     const Name& name = readName(event);
     const std::size_t count = readLength(event);
@@ -835,18 +853,7 @@ void SAXToNodeParser::Impl::feedStart(const char16_t*& event) {
             readName(event);
             continue;
         }
-        const std::size_t valueLength = readLength(event);
-        std::string_view value;
-        if (kind == kAttribute) {
-            value = std::string_view(reinterpret_cast<const char*>(event), valueLength);
-            event += unitsForBytes(valueLength);
-        } else {
-            std::string& converted = m_sinkValues[i];
-            converted.clear();
-            appendLocal(event, valueLength, converted, m_replace);
-            value = converted;
-            event += valueLength;
-        }
+        const std::string_view value = readValue(event, kind, m_sinkValues[i], m_replace);
         m_sinkAttributes.push_back({&readName(event).text, value});
     }
     m_sink->startElement(name.text, m_sinkAttributes.data(), m_sinkAttributes.size());
@@ -885,17 +892,7 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
             node->m_extensionName = &readName(event).text;
             continue;
         }
-        const std::size_t valueLength = readLength(event);
-        std::string_view value;
-        if (kind == kAttribute) {
-            value = std::string_view(reinterpret_cast<const char*>(event), valueLength);
-            event += unitsForBytes(valueLength);
-        } else {
-            m_scratchValue.clear();
-            appendLocal(event, valueLength, m_scratchValue, replace);
-            value = m_scratchValue;
-            event += valueLength;
-        }
+        const std::string_view value = readValue(event, kind, m_scratchValue, replace);
         Name& attributeName = readName(event);
         // Two names may convert to one in a code page that substitutes: the last one stays.
         if (attributeName.stamp == stamp) {
