@@ -82,7 +82,7 @@ std::vector<const TypeDescriptor*> catalogue() {
 
 template <class T>
 T& at(const FieldDescriptor& field, BaseObject& object) {
-    return *static_cast<T*>(field.member(object));
+    return *static_cast<T*>(field.member(object, true));
 }
 
 // What a filled object carries: everything, or only what JSON can bring back. A map (a list of
@@ -96,7 +96,7 @@ void fill(BaseObject& object, const TypeDescriptor& type, int seed, int depth, F
 void fillField(BaseObject& object, const FieldDescriptor& field, int seed, int depth, Fill what) {
     const std::string text = field.name + "<&>\"' \xC3\xA9" + std::to_string(seed);
     if (field.flag != nullptr) {
-        *static_cast<bool*>(field.flag(object)) = true;
+        *static_cast<bool*>(field.flag(object, true)) = true;
     }
     switch (field.kind) {
         case FieldKind::Text:
@@ -124,13 +124,13 @@ void fillField(BaseObject& object, const FieldDescriptor& field, int seed, int d
         case FieldKind::Reference:
         case FieldKind::ServiceData:
             if (depth < 3) {
-                fill(*static_cast<BaseObject*>(field.member(object)), field.type(), seed + 1,
+                fill(*static_cast<BaseObject*>(field.member(object, true)), field.type(), seed + 1,
                      depth + 1, what);
             }
             break;
         case FieldKind::StructureList:
             for (int i = 0; depth < 3 && i < 2; ++i) {
-                fill(*field.list->append(field.member(object)), field.type(), seed + i + 1,
+                fill(*field.list->append(field.member(object, true)), field.type(), seed + i + 1,
                      depth + 1, what, field.type().mapEntry);
             }
             break;
@@ -159,7 +159,7 @@ void fill(BaseObject& object, const TypeDescriptor& type, int seed, int depth, F
             at<std::string>(field, object) = key;
             continue;
         }
-        auto& reference = *static_cast<BaseObject*>(field.member(object));
+        auto& reference = *static_cast<BaseObject*>(field.member(object, true));
         if (what == Fill::Everything) {
             fillField(object, field, seed, depth, what);
         }

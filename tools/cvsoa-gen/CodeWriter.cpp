@@ -40,6 +40,37 @@ bool holdsObject(Kind kind) {
     return kind == Kind::Structure || kind == Kind::Reference || kind == Kind::ServiceData;
 }
 
+bool isFlagged(const FieldModel& field) {
+    return field.optional && (isAttribute(field.kind) || holdsObject(field.kind));
+}
+
+// The initialiser of a scalar member.
+const char* initialiser(Kind kind) {
+    switch (kind) {
+        case Kind::Boolean:
+            return " = false";
+        case Kind::Integer:
+        case Kind::Float:
+        case Kind::Double:
+            return " = 0";
+        default:
+            return "";
+    }
+}
+
+// The alignment of a member of the kind, in bytes.
+int alignmentOf(Kind kind) {
+    switch (kind) {
+        case Kind::Boolean:
+            return 1;
+        case Kind::Integer:
+        case Kind::Float:
+            return 4;
+        default:
+            return 8;
+    }
+}
+
 // Text in a C++ string literal.
 std::string literal(const std::string& text) {
     std::string out = "\"";
@@ -172,6 +203,7 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
         << "#include <corvane/soa/common/AutoPtr.hpp>\n"
         << "#include <corvane/soa/common/DateTime.hpp>\n"
         << "#include <corvane/soa/common/xml/BaseObject.hpp>\n"
+        << "#include <corvane/soa/common/xml/FieldBlock.hpp>\n"
         << "#include <corvane/soa/common/xml/TypeDescriptor.hpp>\n";
     std::set<std::string> includes;
     for (const TypeModel& type : schema.types) {
@@ -204,9 +236,15 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
         for (const FieldModel& field : type.fields) {
             const std::string x = upperFirst(field.name);
             const std::string t = cppType(field);
-            out << "    const " << t << "& get" << x << "() const noexcept { return m_"
-                << field.name << "; }\n"
-                << "    " << t << "& get" << x << "() noexcept { return m_" << field.name << "; }\n"
+            // A field in the block reads the empty block until one is made, and the mutable
+            // accessors make it.
+            const char* const reading =
+                field.inBlock ? " { return m_seldom.get()." : " noexcept { return ";
+            const char* const writing =
+                field.inBlock ? " { return m_seldom.edit()." : " noexcept { return ";
+            out << "    const " << t << "& get" << x << "() const" << reading << "m_" << field.name
+                << "; }\n"
+                << "    " << t << "& get" << x << "()" << writing << "m_" << field.name << "; }\n"
                 << "    void set" << x << "(const " << t << "& value);\n";
             if (field.kind == Kind::StructureList) {
                 out << "    void add" << x << "(const ::Corvane::Soa::Common::AutoPtr<"
@@ -214,7 +252,15 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
             } else if (field.kind == Kind::TextList) {
                 out << "    void add" << x << "(const std::string& value);\n";
             }
-            if (field.optional && (isAttribute(field.kind) || holdsObject(field.kind))) {
+            if (isFlagged(field) && field.inBlock) {
+                out << "    bool getIs" << x << "Set() const { return m_seldom.get().m_is" << x
+                    << "Set; }\n"
+                    << "    void setIs" << x << "Set(bool set) {\n"
+                    << "        if (set || m_seldom.made()) {\n"
+                    << "            m_seldom.edit().m_is" << x << "Set = set;\n"
+                    << "        }\n"
+                    << "    }\n";
+            } else if (isFlagged(field)) {
                 out << "    bool getIs" << x << "Set() const noexcept { return m_is" << x
                     << "Set; }\n"
                     << "    void setIs" << x << "Set(bool set) noexcept { m_is" << x
@@ -247,25 +293,34 @@ std::string CodeWriter::header(const SchemaModel& schema) const {
             << "protected:\n"
             << "    " << kXml << "BaseObject* reallyClone() const override;\n\n"
             << "private:\n";
-        for (const FieldModel& field : type.fields) {
-            out << "    " << cppType(field) << " m_" << field.name;
-            switch (field.kind) {
-                case Kind::Boolean:
-                    out << " = false";
-                    break;
-                case Kind::Integer:
-                case Kind::Float:
-                case Kind::Double:
-                    out << " = 0";
-                    break;
-                default:
-                    break;
+        // The members by alignment, the smallest first, so that none pads and the first can
+        // take the spare bytes at the end of the base: the presence flags and booleans, then
+        // the 4-byte scalars, then the rest, each in declaration order.
+        const auto declare = [&](bool inBlock, const char* indent) {
+            for (const int alignment : {1, 4, 8}) {
+                for (const FieldModel& field : type.fields) {
+                    if (field.inBlock != inBlock) {
+                        continue;
+                    }
+                    if (alignment == 1 && isFlagged(field)) {
+                        out << indent << "bool m_is" << upperFirst(field.name) << "Set = false;\n";
+                    }
+                    if (alignmentOf(field.kind) == alignment) {
+                        out << indent << cppType(field) << " m_" << field.name
+                            << initialiser(field.kind) << ";\n";
+                    }
+                }
             }
-            out << ";\n";
-            if (field.optional && (isAttribute(field.kind) || holdsObject(field.kind))) {
-                out << "    bool m_is" << upperFirst(field.name) << "Set = false;\n";
-            }
+        };
+        if (type.hasBlock) {
+            out << "    // The optional attributes and the lists, made on first write.\n"
+                << "    struct Seldom {\n";
+            declare(true, "        ");
+            out << "\n        CORVANE_SOA_ACCOUNTED_ALLOCATION(" << literal(member(full, c))
+                << ")\n    };\n"
+                << "    " << kXml << "FieldBlock<Seldom> m_seldom;\n";
         }
+        declare(false, "    ");
         out << "};\n";
     }
     out << "\n}  // namespace " << full << "\n\n#endif\n";
@@ -303,14 +358,19 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
             for (const FieldModel& field : type.fields) {
                 const std::string wire =
                     field.kind == Kind::ServiceData ? "ServiceData" : field.name;
-                const bool flagged =
-                    field.optional && (isAttribute(field.kind) || holdsObject(field.kind));
+                // The accessor of a member: of the object, or of the object's block.
+                const auto access = [&](const std::string& name, bool heldObject) {
+                    if (field.inBlock) {
+                        return "&FieldAccess::inBlock<&" + c + "::m_seldom, &" + c +
+                               "::Seldom::" + name + ">";
+                    }
+                    return std::string("&FieldAccess::") + (heldObject ? "object" : "member") +
+                           "<&" + c + "::" + name + ">";
+                };
                 out << "        {" << literal(wire) << ", FieldKind::" << kindName(field.kind)
-                    << ", &FieldAccess::" << (holdsObject(field.kind) ? "object" : "member") << "<&"
-                    << c << "::m_" << field.name << ">, ";
-                if (flagged) {
-                    out << "&FieldAccess::member<&" << c << "::m_is" << upperFirst(field.name)
-                        << "Set>, ";
+                    << ", " << access("m_" + field.name, holdsObject(field.kind)) << ", ";
+                if (isFlagged(field)) {
+                    out << access("m_is" + upperFirst(field.name) + "Set", false) << ", ";
                 } else {
                     out << "nullptr, ";
                 }
@@ -365,18 +425,23 @@ void CodeWriter::members(std::ostream& out, const TypeModel& type) const {
         << c << "::~" << c << "() = default;\n\n";
     for (const FieldModel& field : type.fields) {
         const std::string x = upperFirst(field.name);
-        const bool flagged = field.optional && (isAttribute(field.kind) || holdsObject(field.kind));
+        // Where the field's members are: the object, or its block (made here).
+        const std::string owner = field.inBlock ? "m_seldom.edit()." : "";
         out << "void " << c << "::set" << x << "(const " << cppType(field) << "& value) {\n";
-        if (flagged) {
-            out << "    m_is" << x << "Set = true;\n";
+        if (field.inBlock) {
+            out << "    Seldom& seldom = m_seldom.edit();\n";
         }
-        out << "    m_" << field.name << " = value;\n}\n\n";
+        const std::string in = field.inBlock ? "seldom." : "";
+        if (isFlagged(field)) {
+            out << "    " << in << "m_is" << x << "Set = true;\n";
+        }
+        out << "    " << in << "m_" << field.name << " = value;\n}\n\n";
         if (field.kind == Kind::StructureList) {
             out << "void " << c << "::add" << x << "(const AutoPtr<" << classOf(field.type)
-                << ">& value) { m_" << field.name << ".push_back(value); }\n\n";
+                << ">& value) { " << owner << "m_" << field.name << ".push_back(value); }\n\n";
         } else if (field.kind == Kind::TextList) {
-            out << "void " << c << "::add" << x << "(const std::string& value) { m_" << field.name
-                << ".push_back(value); }\n\n";
+            out << "void " << c << "::add" << x << "(const std::string& value) { " << owner << "m_"
+                << field.name << ".push_back(value); }\n\n";
         }
     }
 }

@@ -48,6 +48,7 @@ struct FieldModel {
         false;  // declared with ref=: `type` names a top-level element until resolved
     int line = 0;
     Kind kind = Kind::Text;  // decided once every schema is read
+    bool inBlock = false;    // kept in the type's block of seldom-set fields
 };
 
 struct TypeModel {
@@ -55,6 +56,8 @@ struct TypeModel {
     std::vector<FieldModel> fields;
     int line = 0;
     bool mapEntry = false;
+    /// The optional attributes and lists are kept in a block made on first write.
+    bool hasBlock = false;
 };
 
 /// One schema file: its target namespace, the namespaces it imports and its types.

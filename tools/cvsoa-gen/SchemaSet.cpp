@@ -170,6 +170,54 @@ void SchemaSet::resolve(SchemaModel& schema) {
         if (type.mapEntry) {
             checkMapEntry(schema, type);
         }
+        if (!schema.handWritten) {
+            placeSeldomFields(schema, type);
+        }
+    }
+}
+
+void SchemaSet::placeSeldomFields(const SchemaModel& schema, TypeModel& type) {
+    // The bytes a field takes in its object when it is seldom set (an optional attribute with
+    // its presence flag, or a list), else 0.
+    const auto seldomBytes = [](const FieldModel& field) -> std::size_t {
+        if (field.kind == Kind::StructureList || field.kind == Kind::TextList) {
+            return 24;
+        }
+        if (!field.attribute || !field.optional) {
+            return 0;
+        }
+        switch (field.kind) {
+            case Kind::Text:
+                return 33;
+            case Kind::Boolean:
+                return 2;
+            case Kind::Integer:
+            case Kind::Float:
+                return 5;
+            case Kind::Double:
+                return 9;
+            default:
+                return 25;
+        }
+    };
+    // Below this the block's pointer and its allocation, when the fields are set, would cost
+    // about what it saves when they are not.
+    constexpr std::size_t kBlockBytes = 64;
+    std::size_t bytes = 0;
+    for (const FieldModel& field : type.fields) {
+        bytes += seldomBytes(field);
+    }
+    if (bytes < kBlockBytes) {
+        return;
+    }
+    type.hasBlock = true;
+    for (FieldModel& field : type.fields) {
+        if (field.name == "seldom") {
+            throw GeneratorError(schema.file, field.line,
+                                 "the field name \"seldom\" is not supported in " + type.name +
+                                     " (the type keeps its seldom-set fields under that name)");
+        }
+        field.inBlock = seldomBytes(field) != 0;
     }
 }
 

@@ -25,6 +25,9 @@ private:
     const SchemaModel& load(const std::string& file);
     void resolve(SchemaModel& schema);
     static void checkMapEntry(const SchemaModel& schema, const TypeModel& type);
+    /// Moves a type's optional attributes and lists into a block made on first write when they
+    /// would take a fair share of every object inline.
+    static void placeSeldomFields(const SchemaModel& schema, TypeModel& type);
     std::string findNamespace(const std::string& ns);
     /// The type of a top-level element, or null when no schema read declares it.
     const QualifiedName* element(const QualifiedName& name) const;

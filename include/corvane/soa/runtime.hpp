@@ -28,6 +28,7 @@
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/FieldAccess.hpp>
+#include <corvane/soa/common/xml/FieldBlock.hpp>
 #include <corvane/soa/common/xml/FieldDescriptor.hpp>
 #include <corvane/soa/common/xml/FieldKind.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>

@@ -23,22 +23,40 @@ using Internal::Json::Value;
 
 namespace {
 
+// A member for reading.
 template <class T>
-T& at(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<T*>(field.member(object));
+const T& at(const FieldDescriptor& field, const BaseObject& object) {
+    return *static_cast<const T*>(field.member(object, false));
+}
+
+// A member for writing: one that lives in the type's field block makes the block.
+template <class T>
+T& store(const FieldDescriptor& field, BaseObject& object) {
+    return *static_cast<T*>(field.member(object, true));
 }
 
 BaseObject& held(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<BaseObject*>(field.member(object));
+    return *static_cast<BaseObject*>(field.member(object, false));
 }
 
 bool isSet(const FieldDescriptor& field, const BaseObject& object) {
-    return field.flag == nullptr || *static_cast<bool*>(field.flag(object));
+    return field.flag == nullptr || *static_cast<const bool*>(field.flag(object, false));
 }
 
-void markSet(const FieldDescriptor& field, const BaseObject& object) {
+void markSet(const FieldDescriptor& field, BaseObject& object) {
     if (field.flag != nullptr) {
-        *static_cast<bool*>(field.flag(object)) = true;
+        *static_cast<bool*>(field.flag(object, true)) = true;
+    }
+}
+
+// Copies `text` into `to`. A string that must grow is made afresh at the text's exact size:
+// growing in place rounds the capacity up (short texts to twice the inline buffer), memory a
+// bound document would hold for nothing.
+void assignText(std::string& to, std::string_view text) {
+    if (text.size() > to.capacity()) {
+        to = std::string(text);
+    } else {
+        to.assign(text.data(), text.size());
     }
 }
 
@@ -52,9 +70,8 @@ const FieldDescriptor* find(const TypeDescriptor& type, const char* name) {
 }
 
 // The uid of a model object reference: its type's text field "uid".
-std::string* uidOf(const FieldDescriptor& reference, const BaseObject& object) {
-    const FieldDescriptor* uid = find(reference.type(), "uid");
-    return uid == nullptr ? nullptr : &at<std::string>(*uid, held(reference, object));
+const FieldDescriptor* uidField(const FieldDescriptor& reference) {
+    return find(reference.type(), "uid");
 }
 
 std::string attributeText(const FieldDescriptor& field, const BaseObject& object,
@@ -75,26 +92,25 @@ std::string attributeText(const FieldDescriptor& field, const BaseObject& object
     }
 }
 
-void readAttribute(const FieldDescriptor& field, const BaseObject& object,
-                   const std::string& text) {
+void readAttribute(const FieldDescriptor& field, BaseObject& object, const std::string& text) {
     switch (field.kind) {
         case FieldKind::Text:
-            at<std::string>(field, object) = text;
+            assignText(store<std::string>(field, object), text);
             break;
         case FieldKind::Boolean:
-            at<bool>(field, object) = lexical_cast<bool, std::string>(text);
+            store<bool>(field, object) = lexical_cast<bool, std::string>(text);
             break;
         case FieldKind::Integer:
-            at<int>(field, object) = lexical_cast<int, std::string>(text);
+            store<int>(field, object) = lexical_cast<int, std::string>(text);
             break;
         case FieldKind::Float:
-            at<float>(field, object) = lexical_cast<float, std::string>(text);
+            store<float>(field, object) = lexical_cast<float, std::string>(text);
             break;
         case FieldKind::Double:
-            at<double>(field, object) = lexical_cast<double, std::string>(text);
+            store<double>(field, object) = lexical_cast<double, std::string>(text);
             break;
         default:
-            at<DateTime>(field, object) = lexical_cast<DateTime, std::string>(text);
+            store<DateTime>(field, object) = lexical_cast<DateTime, std::string>(text);
             break;
     }
 }
@@ -131,32 +147,31 @@ void readText(std::string& to, const JSONObject& json, const std::string& key) {
     if (value.get() != nullptr && value->getType() == Value::STRING) {
         const std::string_view text =
             static_cast<const Internal::Json::StringValue&>(*value).view();
-        to.assign(text.data(), text.size());
+        assignText(to, text);
     } else {
-        to = json.getString(key);  // dates, and the failures in their own words
+        assignText(to, json.getString(key));  // dates, and the failures in their own words
     }
 }
 
-void readJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
-                       const JSONObject& json) {
+void readJSONAttribute(const FieldDescriptor& field, BaseObject& object, const JSONObject& json) {
     switch (field.kind) {
         case FieldKind::Text:
-            readText(at<std::string>(field, object), json, field.name);
+            readText(store<std::string>(field, object), json, field.name);
             break;
         case FieldKind::Boolean:
-            at<bool>(field, object) = json.getBoolean(field.name);
+            store<bool>(field, object) = json.getBoolean(field.name);
             break;
         case FieldKind::Integer:
-            at<int>(field, object) = json.getInteger(field.name);
+            store<int>(field, object) = json.getInteger(field.name);
             break;
         case FieldKind::Float:
-            at<float>(field, object) = static_cast<float>(json.getDouble(field.name));
+            store<float>(field, object) = static_cast<float>(json.getDouble(field.name));
             break;
         case FieldKind::Double:
-            at<double>(field, object) = json.getDouble(field.name);
+            store<double>(field, object) = json.getDouble(field.name);
             break;
         default:
-            at<DateTime>(field, object) = json.getDate(field.name);
+            store<DateTime>(field, object) = json.getDate(field.name);
             break;
     }
 }
@@ -204,7 +219,7 @@ void ObjectRuntime::outputXML(const BaseObject& object, const TypeDescriptor& ty
                 held(field, object).outputXML(stream, "ServiceData");
                 break;
             case FieldKind::StructureList: {
-                const void* list = field.member(object);
+                const void* list = field.member(object, false);
                 const std::size_t size = field.list->size(list);
                 if (size != 0) {
                     const std::string name = prefix + field.name;
@@ -260,7 +275,7 @@ void ObjectRuntime::parse(BaseObject& object, const TypeDescriptor& type, const 
             switch (field.kind) {
                 case FieldKind::StructureList: {
                     // Room for every child at the first one: one allocation for the whole run.
-                    void* list = field.member(object);
+                    void* list = field.member(object, true);
                     if (field.list->size(list) == 0) {
                         field.list->reserve(list, children.size());
                     }
@@ -268,10 +283,10 @@ void ObjectRuntime::parse(BaseObject& object, const TypeDescriptor& type, const 
                     break;
                 }
                 case FieldKind::TextList:
-                    at<std::vector<std::string>>(field, object).push_back(child->getText());
+                    store<std::vector<std::string>>(field, object).push_back(child->getText());
                     break;
                 case FieldKind::TextElement:
-                    at<std::string>(field, object) = child->getText();
+                    assignText(store<std::string>(field, object), child->getText());
                     break;
                 default:
                     held(field, object).parse(*child);
@@ -294,7 +309,7 @@ void ObjectRuntime::getNamespaces(const BaseObject& object, const TypeDescriptor
                 held(field, object).getNamespaces(namespaces);
                 break;
             case FieldKind::StructureList: {
-                const void* list = field.member(object);
+                const void* list = field.member(object, false);
                 const std::size_t size = field.list->size(list);
                 for (std::size_t i = 0; i < size; ++i) {
                     field.list->at(list, i)->getNamespaces(namespaces);
@@ -324,7 +339,7 @@ void ObjectRuntime::writeJSON(const BaseObject& object, const TypeDescriptor& ty
                 held(field, object).writeJSON(stream);
                 break;
             case FieldKind::StructureList: {
-                const void* list = field.member(object);
+                const void* list = field.member(object, false);
                 const std::size_t size = field.list->size(list);
                 std::vector<BaseObject*> items;
                 items.reserve(size);
@@ -369,8 +384,8 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                     break;
                 }
                 if (in.getValueType(field.name) == Value::STRING) {
-                    if (std::string* uid = uidOf(field, object)) {
-                        readText(*uid, in, field.name);
+                    if (const FieldDescriptor* uid = uidField(field)) {
+                        readText(store<std::string>(*uid, held(field, object)), in, field.name);
                     }
                 } else {
                     held(field, object).parseJSON(in.getJSONObject(field.name));
@@ -389,7 +404,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 if (!in.containsKey(field.name)) {
                     break;
                 }
-                void* list = field.member(object);
+                void* list = field.member(object, true);
                 if (isMap(field)) {
                     const AutoPtr<JSONObject> map = in.getJSONObject(field.name);
                     const std::vector<std::string> keys = map->getKeys();
@@ -412,7 +427,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                     break;
                 }
                 const AutoPtr<JSONArray> array = in.getJSONArray(field.name);
-                auto& texts = at<std::vector<std::string>>(field, object);
+                auto& texts = store<std::vector<std::string>>(field, object);
                 texts.reserve(texts.size() + array->size());
                 for (std::size_t i = 0; i < array->size(); ++i) {
                     texts.push_back(array->getString(i));
@@ -420,7 +435,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 break;
             }
             case FieldKind::TextElement:
-                readText(at<std::string>(field, object), in, field.name);
+                readText(store<std::string>(field, object), in, field.name);
                 break;
             default:
                 break;
@@ -441,8 +456,9 @@ void ObjectRuntime::writeJSONKey(const BaseObject& object, const TypeDescriptor&
         return;
     }
     if (key->kind == FieldKind::Reference) {
-        const std::string* uid = uidOf(*key, object);
-        stream->writeValue(uid == nullptr ? std::string() : *uid);
+        const FieldDescriptor* uid = uidField(*key);
+        stream->writeValue(uid == nullptr ? std::string()
+                                          : at<std::string>(*uid, held(*key, object)));
     } else if (key->kind == FieldKind::Text) {
         stream->writeValue(at<std::string>(*key, object));
     }
@@ -463,7 +479,7 @@ void ObjectRuntime::writeJSONValue(const BaseObject& object, const TypeDescripto
             stream->writeValue(held(*value, object));
             break;
         case FieldKind::StructureList: {
-            const void* list = value->member(object);
+            const void* list = value->member(object, false);
             stream->writeArrayOpen();
             for (std::size_t i = 0; i < value->list->size(list); ++i) {
                 stream->writeValue(*value->list->at(list, i));
@@ -483,11 +499,11 @@ void ObjectRuntime::parseSimpleJSONMapEntry(BaseObject& object, const TypeDescri
         return;
     }
     if (field->kind == FieldKind::Reference) {
-        if (std::string* uid = uidOf(*field, object)) {
-            *uid = key;
+        if (const FieldDescriptor* uid = uidField(*field)) {
+            assignText(store<std::string>(*uid, held(*field, object)), key);
         }
     } else if (field->kind == FieldKind::Text) {
-        at<std::string>(*field, object) = key;
+        assignText(store<std::string>(*field, object), key);
     }
 }
 
@@ -514,10 +530,10 @@ void ObjectRuntime::parseComplexJSONMapValue(BaseObject& object, const TypeDescr
     if (field->kind == FieldKind::Text && value->getType() == Value::STRING) {
         const std::string_view text =
             static_cast<const Internal::Json::StringValue&>(*value).view();
-        at<std::string>(*field, object).assign(text.data(), text.size());
+        assignText(store<std::string>(*field, object), text);
     } else if (field->kind == FieldKind::StructureList && value->getType() == Value::ARRAY) {
         const auto& array = static_cast<const JSONArray&>(*value);
-        void* list = field->member(object);
+        void* list = field->member(object, true);
         for (std::size_t i = 0; i < array.size(); ++i) {
             field->list->append(list)->parseJSON(array.getJSONObject(i));
         }

@@ -16,7 +16,10 @@ struct TypeDescriptor;
 struct FieldDescriptor {
     /// The member's address in `object`; for the kinds that hold an `AutoPtr` (structure,
     /// reference, service data), the address of the object it holds, as a `BaseObject*`.
-    using Access = void* (*)(const BaseObject& object);
+    /// `forWriting` says whether the caller writes through it: a member that lives in the
+    /// type's `FieldBlock` is then made, and otherwise read from the empty block, which must not
+    /// be written.
+    using Access = void* (*)(const BaseObject& object, bool forWriting);
     using TypeOf = const TypeDescriptor& (*)();
 
     /// Attribute name, element name and JSON key ("ServiceData" for the service data).
