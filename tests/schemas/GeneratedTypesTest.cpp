@@ -1,6 +1,7 @@
 // The named types of the library's own schemas, as the generator makes them: exact documents
 // in both forms, and what reading them back gives.
 #include <corvane/soa/common/AutoPtr.hpp>
+#include <corvane/soa/common/MemoryManager.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/TypeRegistry.hpp>
@@ -10,6 +11,7 @@
 #include <corvane/soa/internal/json/Parser.hpp>
 #include <corvane/soa/schemas.hpp>
 
+#include "ProcessWide.hpp"
 #include "WireForms.hpp"
 
 #include <gtest/gtest.h>
@@ -167,6 +169,39 @@ TEST(GeneratedTypes, ModelObjectWritesItsSetAttributesInOrder) {
     EXPECT_EQ(xmlOf(object),
               "\n<ns0:ModelObject xmlns:ns0=\"http://corvane.com/Schemas/Soa/2006-03/Base\" "
               "objectID=\"o\" uid=\"x\" type=\"Item\" isHistorical=\"0\"></ns0:ModelObject>");
+}
+
+// A model object keeps its optional attributes and lists in a block made on first write: a
+// reference that carries its uid alone is one allocation; copies do not share the block.
+TEST(GeneratedTypes, ModelObjectMakesItsOptionalBlockOnFirstWrite) {
+    REQUIRE_NO_GLOBAL_MANAGER();
+    ASSERT_TRUE(Corvane::Soa::Common::MemoryManager::initializeMemoryManager(nullptr, true));
+    const auto& manager = *Corvane::Soa::Common::MemoryManager::getMemoryManager();
+    const auto blocks = [&manager] {
+        int count = 0;
+        for (const auto& entry : manager.getObjectTable()) {
+            count += entry.second.tag == "Corvane::Schemas::Soa::_2006_03::Base::ModelObject";
+        }
+        return count;
+    };
+    const std::string ns = "http://corvane.com/Schemas/Soa/2006-03/Base";
+    const auto bare = fromXml<Base::ModelObject>("<ModelObject xmlns='" + ns + "' uid='u'/>");
+    const Base::ModelObject& reference = *bare;
+    EXPECT_TRUE(reference.getProperties().empty());
+    EXPECT_FALSE(reference.getIsTypeSet());
+    EXPECT_EQ(blocks(), 1);
+    const auto typed =
+        fromXml<Base::ModelObject>("<ModelObject xmlns='" + ns + "' uid='u' type='Item'/>");
+    EXPECT_EQ(blocks(), 3);
+
+    Base::ModelObject copy(*typed);
+    copy.setType("Other");
+    copy.setIsTypeSet(false);
+    EXPECT_EQ(typed->getType(), "Item");
+    EXPECT_TRUE(typed->getIsTypeSet());
+    copy = *bare;
+    EXPECT_EQ(copy.getType(), "");
+    EXPECT_EQ(xmlOf(copy), xmlOf(*bare));
 }
 
 TEST(GeneratedTypes, RequestEnvelopeHeaderFlagAndCDataBody) {

@@ -50,6 +50,9 @@ The schema subset:
   - a type whose fields are exactly key and value is a map entry: its key a text attribute or
     a model object, its value a text attribute, a structure, a model object or a list of
     structures.
+  - a type whose optional attributes and lists would take 64 bytes or more of each object
+    keeps them in a block made on their first write (accessors unchanged; the mutable ones
+    make the block); a field of such a type may not be named "seldom".
   - <xsd:appinfo source="cvsoa-gen">hand-written classes</xsd:appinfo> in the schema's own
     annotation: the classes exist, one header each (<Service>/<Type>.hpp beside the
     schema's header), holding members m_<field> and declaring a static typeDescriptor();

@@ -92,6 +92,12 @@ TEST_F(Generator, RefusesWhatLiesOutsideTheSubset) {
          "</xsd:complexType>",
          "3: the field name \"typeName\" is not supported (its accessor would hide the object "
          "base's)"},
+        {"<xsd:complexType name='T'><xsd:sequence><xsd:element name='seldom' type='xsd:string' "
+         "maxOccurs='unbounded'/>\n<xsd:element name='b' type='xsd:string' maxOccurs='unbounded'/>"
+         "<xsd:element name='c' type='xsd:string' maxOccurs='unbounded'/></xsd:sequence>"
+         "</xsd:complexType>",
+         "3: the field name \"seldom\" is not supported in T (the type keeps its seldom-set "
+         "fields under that name)"},
         {"<xsd:complexType name='T'><xsd:sequence><xsd:element name='e' type='bad:T'/>"
          "</xsd:sequence></xsd:complexType>",
          "3: namespace prefix \"bad\" is not declared"},
