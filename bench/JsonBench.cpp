@@ -167,7 +167,7 @@ void writeRecord(JsonStream& out, const Record& r) {
     out.writeObjectClose();
 }
 
-void writeResponse(JsonStream& out, const std::vector<Record>& all) {
+void writeDocument(JsonStream& out, const std::vector<Record>& all) {
     out.writeObjectOpen();
     out.writeKey("ServiceData");
     out.writeObjectOpen();
@@ -186,7 +186,7 @@ void writeResponse(JsonStream& out, const std::vector<Record>& all) {
 
 // The same through RapidJSON's writer; dates take their wire text as JsonStream writes it.
 template <class Writer>
-void writeResponse(Writer& out, const std::vector<Record>& all) {
+void writeDocument(Writer& out, const std::vector<Record>& all) {
     std::string date;
     const auto string = [&out](const std::string& text) {
         out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
@@ -310,7 +310,7 @@ void writeFileRecord(JsonStream& out, const cvsoa::bench::FileRecord& r) {
     out.writeObjectClose();
 }
 
-void writeFiles(JsonStream& out, const std::vector<cvsoa::bench::FileRecord>& all) {
+void writeDocument(JsonStream& out, const std::vector<cvsoa::bench::FileRecord>& all) {
     out.writeObjectOpen();
     out.writeKey("files");
     out.writeArrayOpen();
@@ -322,7 +322,7 @@ void writeFiles(JsonStream& out, const std::vector<cvsoa::bench::FileRecord>& al
 }
 
 template <class Writer>
-void writeFiles(Writer& out, const std::vector<cvsoa::bench::FileRecord>& all) {
+void writeDocument(Writer& out, const std::vector<cvsoa::bench::FileRecord>& all) {
     std::string date;
     const auto string = [&out](const char* key, const std::string& text) {
         out.Key(key);
@@ -455,13 +455,20 @@ const std::vector<cvsoa::bench::FileRecord>& fileRecords() {
 
 const std::string& fileRecordText() { return cvsoa::bench::fileRecordReply().text; }
 
-void writeFilesJsonStream(benchmark::State& state) {
+// A document's records, built on first use.
+template <class Item>
+using Records = const std::vector<Item>& (*)();
+
+// The write benchmarks, each written once for both documents.
+template <class Item>
+void writeJsonStream(benchmark::State& state, Records<Item> document) {
+    const std::vector<Item>& all = document();
     std::size_t bytes = 0;
     for (auto _ : state) {
         std::ostringstream text;
         {
             JsonStream out(&text);
-            writeFiles(out, fileRecords());
+            writeDocument(out, all);
         }
         bytes = static_cast<std::size_t>(text.tellp());
         benchmark::DoNotOptimize(bytes);
@@ -469,8 +476,9 @@ void writeFilesJsonStream(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
 }
 
-void writeFilesNlohmann(benchmark::State& state) {
-    const nlohmann::json root = toNlohmann(fileRecords());
+template <class Item>
+void writeNlohmann(benchmark::State& state, Records<Item> document) {
+    const nlohmann::json root = toNlohmann(document());
     std::size_t bytes = 0;
     for (auto _ : state) {
         const std::string text = root.dump();
@@ -480,55 +488,28 @@ void writeFilesNlohmann(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
 }
 
-void writeFilesRapidJson(benchmark::State& state) {
+template <class Item>
+void writeRapidJson(benchmark::State& state, Records<Item> document) {
+    const std::vector<Item>& all = document();
     std::size_t bytes = 0;
     for (auto _ : state) {
         rapidjson::StringBuffer buffer;
         rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-        writeFiles(writer, fileRecords());
+        writeDocument(writer, all);
         bytes = buffer.GetSize();
         benchmark::DoNotOptimize(bytes);
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
 }
 
-void writeJsonStream(benchmark::State& state) {
-    const std::vector<Record>& all = records();
-    std::size_t bytes = 0;
-    for (auto _ : state) {
-        std::ostringstream text;
-        {
-            JsonStream out(&text);
-            writeResponse(out, all);
-        }
-        bytes = static_cast<std::size_t>(text.tellp());
-        benchmark::DoNotOptimize(bytes);
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
-}
-
-void writeNlohmann(benchmark::State& state) {
-    const nlohmann::json root = toNlohmann(records());
-    std::size_t bytes = 0;
-    for (auto _ : state) {
-        const std::string text = root.dump();
-        bytes = text.size();
-        benchmark::DoNotOptimize(bytes);
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
-}
-
-void writeRapidJson(benchmark::State& state) {
-    const std::vector<Record>& all = records();
-    std::size_t bytes = 0;
-    for (auto _ : state) {
-        rapidjson::StringBuffer buffer;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-        writeResponse(writer, all);
-        bytes = buffer.GetSize();
-        benchmark::DoNotOptimize(bytes);
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+template <class Item>
+void registerWrites(const std::string& prefix, Records<Item> document) {
+    benchmark::RegisterBenchmark((prefix + "/JsonStream").c_str(), writeJsonStream<Item>, document)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark((prefix + "/nlohmann").c_str(), writeNlohmann<Item>, document)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark((prefix + "/RapidJSON").c_str(), writeRapidJson<Item>, document)
+        ->Unit(benchmark::kMillisecond);
 }
 
 // Heap held by each tree of the same document, measured with the tree alive. Runs before the
@@ -600,38 +581,37 @@ bool sameData(const nlohmann::json& a, const nlohmann::json& b) {
     return a == b;
 }
 
-// The three writers must write the data of the response text, which has a null owner more.
+// Whether JsonStream and RapidJSON's Writer wrote the data that `expected` holds.
+template <class Item>
+bool writersAgree(const std::vector<Item>& all, const nlohmann::json& expected) {
+    std::ostringstream stream;
+    {
+        JsonStream out(&stream);
+        writeDocument(out, all);
+    }
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    writeDocument(writer, all);
+    return sameData(nlohmann::json::parse(stream.str()), expected) &&
+           sameData(nlohmann::json::parse(buffer.GetString()), expected);
+}
+
+void printAgreement(std::ostream& os, bool same, const char* document) {
+    os << "JsonStream, RapidJSON's Writer and nlohmann wrote "
+       << (same ? "the same data" : "DIFFERENT DATA") << " (" << document << ")\n";
+}
+
+// The three writers must write the data of the response text, which has a null owner more; for
+// the file records, the data of nlohmann's tree.
 void checkWrittenText(std::ostream& os) {
     nlohmann::json expected = nlohmann::json::parse(responseText());
     for (auto& object : expected["ServiceData"]["modelObjects"]) {
         object["props"].erase("owner");
     }
-    std::ostringstream stream;
-    {
-        JsonStream out(&stream);
-        writeResponse(out, records());
-    }
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writeResponse(writer, records());
-    const bool same = sameData(nlohmann::json::parse(stream.str()), expected) &&
-                      sameData(nlohmann::json::parse(buffer.GetString()), expected) &&
-                      sameData(toNlohmann(records()), expected);
-    os << "JsonStream, RapidJSON's Writer and nlohmann wrote "
-       << (same ? "the same data" : "DIFFERENT DATA") << " (model objects)\n";
-    std::ostringstream files;
-    {
-        JsonStream out(&files);
-        writeFiles(out, fileRecords());
-    }
-    rapidjson::StringBuffer fileBuffer;
-    rapidjson::Writer<rapidjson::StringBuffer> fileWriter(fileBuffer);
-    writeFiles(fileWriter, fileRecords());
-    const nlohmann::json written = toNlohmann(fileRecords());
-    const bool sameFiles = sameData(nlohmann::json::parse(files.str()), written) &&
-                           sameData(nlohmann::json::parse(fileBuffer.GetString()), written);
-    os << "JsonStream, RapidJSON's Writer and nlohmann wrote "
-       << (sameFiles ? "the same data" : "DIFFERENT DATA") << " (file records)\n";
+    printAgreement(os,
+                   writersAgree(records(), expected) && sameData(toNlohmann(records()), expected),
+                   "model objects");
+    printAgreement(os, writersAgree(fileRecords(), toNlohmann(fileRecords())), "file records");
 }
 
 }  // namespace
@@ -654,16 +634,8 @@ int main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("parseFiles/RapidJSON", parseRapidJson, files)
         ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("write/JsonStream", writeJsonStream)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("write/nlohmann", writeNlohmann)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("write/RapidJSON", writeRapidJson)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("writeFiles/JsonStream", writeFilesJsonStream)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("writeFiles/nlohmann", writeFilesNlohmann)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("writeFiles/RapidJSON", writeFilesRapidJson)
-        ->Unit(benchmark::kMillisecond);
+    registerWrites("write", &records);
+    registerWrites("writeFiles", &fileRecords);
     std::ostringstream memory;
     printMemory(memory, objects, "model objects");
     printMemory(memory, files, "file records");

@@ -12,6 +12,12 @@
 namespace cvsoa::bench {
 namespace {
 
+// The members of each plain struct are listed once, in its static `members(visit, self)`, and
+// walked by a visitor that reads them from JSON, writes them to JSON, or mixes them into a digest.
+// A visitor takes three kinds of member: required (always written, must be there when read),
+// optional (written when set, read when its key is there), and list (written when it has entries,
+// read when its key is there).
+
 struct PlainTicket {
     std::string uid;
     std::string value;
@@ -20,11 +26,23 @@ struct PlainTicket {
 struct PlainValue {
     std::string value;
     std::optional<bool> isNull;
+
+    template <class Visit, class Self>
+    static void members(Visit& visit, Self& self) {
+        visit.required("value", self.value);
+        visit.optional("isNull", self.isNull);
+    }
 };
 
 struct PlainProperty {
     std::string name;
     std::vector<PlainValue> values;
+
+    template <class Visit, class Self>
+    static void members(Visit& visit, Self& self) {
+        visit.required("name", self.name);
+        visit.list("values", self.values);
+    }
 };
 
 // A model object: the uid and the optional attributes that the generated types write when set,
@@ -43,6 +61,23 @@ struct PlainObject {
     std::vector<PlainProperty> properties;
     std::vector<PlainProperty> uiproperties;
     std::vector<PlainProperty> props;
+
+    template <class Visit, class Self>
+    static void members(Visit& visit, Self& self) {
+        visit.required("uid", self.uid);
+        visit.optional("objectID", self.objectID);
+        visit.optional("classUid", self.classUid);
+        visit.optional("cParamID", self.cParamID);
+        visit.optional("jbt_addition", self.jbt_addition);
+        visit.optional("className", self.className);
+        visit.optional("type", self.type);
+        visit.optional("isObsolete", self.isObsolete);
+        visit.optional("updateDesc", self.updateDesc);
+        visit.optional("isHistorical", self.isHistorical);
+        visit.list("properties", self.properties);
+        visit.list("uiproperties", self.uiproperties);
+        visit.list("props", self.props);
+    }
 };
 
 struct PlainServiceData {
@@ -50,6 +85,14 @@ struct PlainServiceData {
     std::vector<std::string> created;
     std::vector<std::string> updated;
     std::vector<std::string> deleted;
+
+    template <class Visit, class Self>
+    static void members(Visit& visit, Self& self) {
+        visit.list("plainObjects", self.plainObjects);
+        visit.list("created", self.created);
+        visit.list("updated", self.updated);
+        visit.list("deleted", self.deleted);
+    }
 };
 
 struct PlainResponse {
@@ -58,142 +101,102 @@ struct PlainResponse {
     PlainServiceData serviceData;
 };
 
-void readTexts(const nlohmann::json& json, const char* name, std::vector<std::string>& texts) {
-    const auto found = json.find(name);
-    if (found != json.end()) {
-        found->get_to(texts);
+class JsonReader {
+public:
+    explicit JsonReader(const nlohmann::json& json) : m_json(json) {}
+
+    template <class T>
+    void required(const char* name, T& value) const {
+        m_json.at(name).get_to(value);
     }
-}
-
-template <class T>
-void readOptional(const nlohmann::json& json, const char* name, std::optional<T>& value) {
-    const auto found = json.find(name);
-    if (found != json.end()) {
-        value = found->get<T>();
+    template <class T>
+    void optional(const char* name, std::optional<T>& value) const {
+        const auto found = m_json.find(name);
+        if (found != m_json.end()) {
+            value = found->template get<T>();
+        }
     }
-}
-
-template <class T>
-void writeOptional(nlohmann::json& json, const char* name, const std::optional<T>& value) {
-    if (value) {
-        json[name] = *value;
+    template <class T>
+    void list(const char* name, std::vector<T>& list) const {
+        const auto found = m_json.find(name);
+        if (found != m_json.end()) {
+            found->get_to(list);
+        }
     }
-}
 
-// A list is written only when it has entries, and read only when its key is there.
-template <class T>
-void readList(const nlohmann::json& json, const char* name, std::vector<T>& list) {
-    const auto found = json.find(name);
-    if (found != json.end()) {
-        found->get_to(list);
+private:
+    const nlohmann::json& m_json;
+};
+
+class JsonWriter {
+public:
+    explicit JsonWriter(nlohmann::json& json) : m_json(json) {}
+
+    template <class T>
+    void required(const char* name, const T& value) {
+        m_json[name] = value;
     }
-}
-
-template <class T>
-void writeList(nlohmann::json& json, const char* name, const std::vector<T>& list) {
-    if (!list.empty()) {
-        json[name] = list;
+    template <class T>
+    void optional(const char* name, const std::optional<T>& value) {
+        if (value) {
+            m_json[name] = *value;
+        }
     }
+    template <class T>
+    void list(const char* name, const std::vector<T>& list) {
+        if (!list.empty()) {
+            m_json[name] = list;
+        }
+    }
+
+private:
+    nlohmann::json& m_json;
+};
+
+// Mixes the members into the digest in their listed order: texts, optional texts and flags, and
+// each list as its size followed by its entries' members.
+class DigestWriter {
+public:
+    explicit DigestWriter(ObjectDigest& digest) : m_digest(digest) {}
+
+    void required(const char* /*name*/, const std::string& value) { m_digest.text(value); }
+    void optional(const char* /*name*/, const std::optional<std::string>& value) {
+        m_digest.optional(value ? &*value : nullptr);
+    }
+    void optional(const char* /*name*/, const std::optional<bool>& value) {
+        m_digest.flag(value ? &*value : nullptr);
+    }
+    template <class T>
+    void list(const char* /*name*/, const std::vector<T>& list) {
+        m_digest.list(list.size());
+        for (const T& entry : list) {
+            T::members(*this, entry);
+        }
+    }
+
+private:
+    ObjectDigest& m_digest;
+};
+
+// nlohmann's conversions of every struct that lists its members.
+template <class T, class = decltype(&T::template members<JsonReader, T>)>
+void from_json(const nlohmann::json& json, T& value) {
+    JsonReader reader(json);
+    T::members(reader, value);
 }
 
-void from_json(const nlohmann::json& json, PlainValue& value) {
-    json.at("value").get_to(value.value);
-    readOptional(json, "isNull", value.isNull);
-}
-
-void to_json(nlohmann::json& json, const PlainValue& value) {
-    json = nlohmann::json{{"value", value.value}};
-    writeOptional(json, "isNull", value.isNull);
-}
-
-void from_json(const nlohmann::json& json, PlainProperty& property) {
-    json.at("name").get_to(property.name);
-    readList(json, "values", property.values);
-}
-
-void to_json(nlohmann::json& json, const PlainProperty& property) {
-    json = nlohmann::json{{"name", property.name}};
-    writeList(json, "values", property.values);
-}
-
-void from_json(const nlohmann::json& json, PlainObject& object) {
-    json.at("uid").get_to(object.uid);
-    readOptional(json, "objectID", object.objectID);
-    readOptional(json, "classUid", object.classUid);
-    readOptional(json, "cParamID", object.cParamID);
-    readOptional(json, "jbt_addition", object.jbt_addition);
-    readOptional(json, "className", object.className);
-    readOptional(json, "type", object.type);
-    readOptional(json, "isObsolete", object.isObsolete);
-    readOptional(json, "updateDesc", object.updateDesc);
-    readOptional(json, "isHistorical", object.isHistorical);
-    readList(json, "properties", object.properties);
-    readList(json, "uiproperties", object.uiproperties);
-    readList(json, "props", object.props);
-}
-
-void to_json(nlohmann::json& json, const PlainObject& object) {
-    json = nlohmann::json{{"uid", object.uid}};
-    writeOptional(json, "objectID", object.objectID);
-    writeOptional(json, "classUid", object.classUid);
-    writeOptional(json, "cParamID", object.cParamID);
-    writeOptional(json, "jbt_addition", object.jbt_addition);
-    writeOptional(json, "className", object.className);
-    writeOptional(json, "type", object.type);
-    writeOptional(json, "isObsolete", object.isObsolete);
-    writeOptional(json, "updateDesc", object.updateDesc);
-    writeOptional(json, "isHistorical", object.isHistorical);
-    writeList(json, "properties", object.properties);
-    writeList(json, "uiproperties", object.uiproperties);
-    writeList(json, "props", object.props);
-}
-
-template <class T>
-const T* present(const std::optional<T>& value) {
-    return value ? &*value : nullptr;
+template <class T, class = decltype(&T::template members<JsonWriter, const T>)>
+void to_json(nlohmann::json& json, const T& value) {
+    json = nlohmann::json::object();
+    JsonWriter writer(json);
+    T::members(writer, value);
 }
 
 void addObject(const PlainObject& object, BindingSummary& summary) {
     ObjectDigest digest;
-    digest.text(object.uid)
-        .optional(present(object.objectID))
-        .optional(present(object.classUid))
-        .optional(present(object.cParamID))
-        .optional(present(object.jbt_addition))
-        .optional(present(object.className))
-        .optional(present(object.type))
-        .flag(present(object.isObsolete))
-        .flag(present(object.updateDesc))
-        .flag(present(object.isHistorical));
-    for (const auto* properties : {&object.properties, &object.uiproperties, &object.props}) {
-        digest.list(properties->size());
-        for (const PlainProperty& property : *properties) {
-            digest.text(property.name).list(property.values.size());
-            for (const PlainValue& value : property.values) {
-                digest.text(value.value).flag(present(value.isNull));
-            }
-        }
-    }
+    DigestWriter writer(digest);
+    PlainObject::members(writer, object);
     summary.addObject(digest);
-}
-
-void from_json(const nlohmann::json& json, PlainServiceData& data) {
-    readList(json, "plainObjects", data.plainObjects);
-    readTexts(json, "created", data.created);
-    readTexts(json, "updated", data.updated);
-    readTexts(json, "deleted", data.deleted);
-}
-
-void to_json(nlohmann::json& json, const PlainServiceData& data) {
-    json = nlohmann::json::object();
-    writeList(json, "plainObjects", data.plainObjects);
-    for (const auto& [name, texts] :
-         {std::pair{"created", &data.created}, std::pair{"updated", &data.updated},
-          std::pair{"deleted", &data.deleted}}) {
-        if (!texts->empty()) {
-            json[name] = *texts;
-        }
-    }
 }
 
 // The tickets are a map from the key's uid to the ticket, as the generated types write them.

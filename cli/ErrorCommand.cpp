@@ -1,4 +1,5 @@
 #include "CommandRegistry.hpp"
+#include "JsonQuoted.hpp"
 
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
@@ -12,7 +13,6 @@
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ServiceException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
 
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -65,39 +65,6 @@ std::string typeName(const Soa::SoaException& e) {
     return "InternalServerException";
 }
 
-// A JSON string: quotes, backslashes and every control byte escaped; other bytes as they are.
-std::string jsonString(const std::string& text) {
-    std::string out = "\"";
-    for (const char c : text) {
-        switch (c) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20) {
-                    char escaped[8];
-                    std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
-                    out += escaped;
-                } else {
-                    out += c;
-                }
-        }
-    }
-    return out + '"';
-}
-
 // The extra texts some types carry, as (label, JSON key, value), empty ones left out.
 struct Extra {
     const char* label;
@@ -121,14 +88,14 @@ void printJson(std::ostream& out, const Soa::SoaException& e) {
     out << "{\"errorDocument\":true,\"type\":\"" << typeName(e) << '"';
     for (const Extra& extra : extrasOf(e)) {
         if (!extra.value.empty()) {
-            out << ",\"" << extra.key << "\":" << jsonString(extra.value);
+            out << ",\"" << extra.key << "\":" << jsonQuoted(extra.value);
         }
     }
     out << ",\"errors\":[";
     const char* separator = "";
     for (const auto& error : e.getErrors()) {
         out << separator << "{\"code\":" << error->getCode() << ",\"level\":" << error->getLevel()
-            << ",\"message\":" << jsonString(error->getMessage()) << '}';
+            << ",\"message\":" << jsonQuoted(error->getMessage()) << '}';
         separator = ",";
     }
     out << "]}\n";

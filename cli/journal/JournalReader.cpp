@@ -145,6 +145,14 @@ public:
                 m_firstStrayExit = number;
             }
         } else {
+            // A command end names its call: one that names another still closes the innermost
+            // call, so that nothing is lost, and is noted.
+            if (record.kind == Kind::CommandEnd &&
+                m_journal.names[open.back().name] != record.name && m_mismatchedEnds++ == 0) {
+                m_firstMismatchedEnd = number;
+                m_mismatchedName = std::string(record.name);
+                m_closedName = open.back().name;
+            }
             close(open, thread, record.ticks, false);
         }
         return true;
@@ -157,6 +165,14 @@ public:
                 "line " + std::to_string(m_firstStrayExit) +
                 ": an exit with no operation open was left out" +
                 (m_strayExits > 1 ? " (" + std::to_string(m_strayExits) + " such lines)" : ""));
+        }
+        if (m_mismatchedEnds > 0) {
+            m_journal.warnings.push_back(
+                "line " + std::to_string(m_firstMismatchedEnd) + ": the end of " +
+                quoted(m_mismatchedName) + " closed " + quoted(m_journal.names[m_closedName]) +
+                ", the innermost call open" +
+                (m_mismatchedEnds > 1 ? " (" + std::to_string(m_mismatchedEnds) + " such lines)"
+                                      : ""));
         }
         if (!m_journal.hasTrailer) {
             m_journal.warnings.push_back(
@@ -250,6 +266,10 @@ private:
     std::unordered_map<std::string_view, std::uint32_t> m_nameIndex;  // views of the text read
     std::size_t m_strayExits = 0;
     std::size_t m_firstStrayExit = 0;
+    std::size_t m_mismatchedEnds = 0;
+    std::size_t m_firstMismatchedEnd = 0;
+    std::string m_mismatchedName;    // what the first mismatched end named
+    std::uint32_t m_closedName = 0;  // and the call it closed
 };
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include "JournalSummary.hpp"
 
 #include "JournalText.hpp"
+#include "JsonQuoted.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace cvsoa::journal {
@@ -74,11 +76,11 @@ void JournalSummary::writeJson(std::ostream& out) const {
     auto ms = [&journal](double ticks) {
         return JournalText::fixed(journal.milliseconds(ticks), 6);
     };
-    out << "{\"frequency\":" << journal.frequency
-        << ",\"label\":" << JournalText::jsonQuoted(journal.label)
-        << ",\"system\":" << JournalText::jsonQuoted(journal.system)
-        << ",\"release\":" << JournalText::jsonQuoted(journal.release)
-        << ",\"started\":" << JournalText::jsonQuoted(journal.started)
+    // Texts from the journal may hold any bytes: made printable, then quoted.
+    auto quoted = [](std::string_view text) { return jsonQuoted(JournalText::printable(text)); };
+    out << "{\"frequency\":" << journal.frequency << ",\"label\":" << quoted(journal.label)
+        << ",\"system\":" << quoted(journal.system) << ",\"release\":" << quoted(journal.release)
+        << ",\"started\":" << quoted(journal.started)
         << ",\"usesThreads\":" << (journal.usesThreads ? "true" : "false")
         << ",\"complete\":" << (journal.hasTrailer ? "true" : "false")
         << ",\"totalMs\":" << ms(static_cast<double>(journal.end)) << ",\"threads\":[";
@@ -92,7 +94,7 @@ void JournalSummary::writeJson(std::ostream& out) const {
         out << ",\"operations\":[";
         for (const Row& row : thread.rows) {
             out << (&row == thread.rows.data() ? "" : ",")
-                << "{\"name\":" << JournalText::jsonQuoted(journal.names[row.name])
+                << "{\"name\":" << quoted(journal.names[row.name])
                 << ",\"kind\":" << (row.command ? "\"command\"" : "\"operation\"")
                 << ",\"calls\":" << row.calls << ",\"totalMs\":" << ms(row.totalTicks)
                 << ",\"selfMs\":" << ms(row.selfTicks)
@@ -102,7 +104,7 @@ void JournalSummary::writeJson(std::ostream& out) const {
     }
     out << "],\"warnings\":[";
     for (const std::string& warning : journal.warnings) {
-        out << (&warning == journal.warnings.data() ? "" : ",") << JournalText::jsonQuoted(warning);
+        out << (&warning == journal.warnings.data() ? "" : ",") << quoted(warning);
     }
     out << "]}\n";
 }

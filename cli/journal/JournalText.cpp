@@ -83,21 +83,6 @@ std::string JournalText::shortened(std::string_view text, std::size_t limit) {
     return shown;
 }
 
-std::string JournalText::jsonQuoted(std::string_view text) {
-    std::string out = "\"";
-    for (const char c : printable(text)) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (c == '\t') {
-            out += "\\t";
-        } else {
-            out += c;
-        }
-    }
-    return out + '"';
-}
-
 std::string JournalText::fixed(double value, int decimals) {
     std::array<char, 64> text{};
     const int length = std::snprintf(text.data(), text.size(), "%.*f", decimals, value);

@@ -15,8 +15,6 @@ public:
     static std::string printable(std::string_view text);
     /// Printable text of at most `limit` characters: a longer one is cut and ends in "...".
     static std::string shortened(std::string_view text, std::size_t limit);
-    /// A JSON string literal, quotes included.
-    static std::string jsonQuoted(std::string_view text);
     /// "%.<decimals>f"
     static std::string fixed(double value, int decimals);
 };

@@ -15,8 +15,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 namespace Corvane::Soa::Internal::Common {
@@ -145,6 +147,32 @@ int createTempBeside(const std::string& path, std::string& tempPath) {
     return -1;
 }
 
+// Where writing to `path` lands: `path` itself, or, when it is a symbolic link, the file the
+// link names, followed link by link as opening the path would (a link that names no file yet
+// names where it would be made). The new file then replaces that file and the links stay. False
+// on a cycle of links.
+bool linkTarget(const std::string& path, std::string& target) {
+    target = path;
+    // As many links as the system follows in one path.
+    for (int hops = 0; hops < 40; ++hops) {
+        struct stat status {};
+        if (::lstat(target.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+            return true;
+        }
+        std::array<char, PATH_MAX> named{};
+        const ssize_t length = ::readlink(target.c_str(), named.data(), named.size());
+        if (length <= 0 || static_cast<std::size_t>(length) >= named.size()) {
+            return false;
+        }
+        // A relative link is read from the directory that holds it.
+        const std::size_t slash = target.rfind('/');
+        target = (named[0] == '/' || slash == std::string::npos ? std::string()
+                                                                : target.substr(0, slash + 1)) +
+                 std::string(named.data(), static_cast<std::size_t>(length));
+    }
+    return false;
+}
+
 }  // namespace
 
 const char* const PolicyMarshaller::kNamespace =
@@ -263,20 +291,21 @@ void PolicyMarshaller::save(const ObjectPropertyPolicy& policy, const std::strin
     createDir(path);
 
     const IOException failure("'Error while creating file under:-'" + path);
+    std::string target;
     std::string tempPath;
-    const int fd = createTempBeside(path, tempPath);
+    const int fd = linkTarget(path, target) ? createTempBeside(target, tempPath) : -1;
     if (fd < 0) {
         throw failure;
     }
     // A file that is replaced keeps its permissions.
-    struct stat target {};
-    if (::stat(path.c_str(), &target) == 0 && S_ISREG(target.st_mode)) {
-        ::fchmod(fd, target.st_mode & 07777);
+    struct stat replaced {};
+    if (::stat(target.c_str(), &replaced) == 0 && S_ISREG(replaced.st_mode)) {
+        ::fchmod(fd, replaced.st_mode & 07777);
     }
     // The text reaches the disk before the new file takes the target's place, so that the target
     // holds one whole version or the other even after a crash.
     const bool written = writeAll(fd, text.str()) && ::fsync(fd) == 0;
-    if (::close(fd) != 0 || !written || ::rename(tempPath.c_str(), path.c_str()) != 0) {
+    if (::close(fd) != 0 || !written || ::rename(tempPath.c_str(), target.c_str()) != 0) {
         ::unlink(tempPath.c_str());
         throw failure;
     }

@@ -79,6 +79,18 @@ TEST(JournalReaderTest, AJournalCutShortIsReadWithWarnings) {
     EXPECT_TRUE(journal.spans[2].unfinished);  // a, from 3 to 9
     EXPECT_EQ(journal.spans[2].end, 9);
     EXPECT_EQ(journal.spans[2].self, 4);  // 6 ticks, 2 of them in b
+
+    // A command end that names another call closes the innermost one all the same.
+    const Journal mismatched = JournalReader::read(
+        header() +
+        "\n\n1|SC|login\n2|EN|send\n3|EN|load\n4|EC|login\n5|EC|login\n6|EC|login\n7|TR\n");
+    EXPECT_EQ(
+        mismatched.warnings,
+        (std::vector<std::string>{"line 6: the end of \"login\" closed \"load\", the innermost "
+                                  "call open (2 such lines)"}));
+    ASSERT_EQ(mismatched.spans.size(), 3U);
+    EXPECT_EQ(mismatched.names[mismatched.spans[2].name], "login");
+    EXPECT_EQ(mismatched.spans[2].end, 6);
 }
 
 std::string threadedJournal() {

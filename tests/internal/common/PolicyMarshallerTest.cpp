@@ -18,6 +18,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 using Corvane::Soa::Common::ObjectPropertyPolicy;
 using Corvane::Soa::Common::PolicyType;
@@ -258,6 +259,27 @@ TEST_F(PolicyFile, DirectoriesThatCannotBeMadeAreIOExceptions) {
     }
     PolicyMarshaller::createDir("p.xml");  // no directory part: nothing to make
     PolicyMarshaller::createDir("/p.xml");
+}
+
+// Saving through a link replaces the file it names, link by link, and a dangling link gets its
+// file made; the links stay links. A cycle of links names no file.
+TEST_F(PolicyFile, SavingThroughALinkReplacesTheFileItNames) {
+    ObjectPropertyPolicy policy;
+    policy.addType("Item");
+    write("real.xml", "<ObjectPropertyPolicy/>");
+    ASSERT_EQ(::symlink("real.xml", (dir + "link.xml").c_str()), 0);
+    ASSERT_EQ(::symlink((dir + "link.xml").c_str(), (dir + "chain.xml").c_str()), 0);
+    ASSERT_EQ(::symlink("made.xml", (dir + "dangling.xml").c_str()), 0);
+    ASSERT_EQ(::symlink("loop.xml", (dir + "loop.xml").c_str()), 0);
+    for (const auto& [link, file] :
+         {std::pair{"chain.xml", "real.xml"}, {"dangling.xml", "made.xml"}}) {
+        policy.save(dir + link);
+        EXPECT_TRUE(std::filesystem::is_symlink(dir + link)) << link;
+        EXPECT_EQ(read(dir + file), PolicyMarshaller::toXml(policy)) << link;
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(dir + "link.xml"));
+    EXPECT_THROW(policy.save(dir + "loop.xml"), IOException);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 6);
 }
 
 TEST_F(PolicyFile, AFailedSaveLeavesTheEarlierFileWhole) {

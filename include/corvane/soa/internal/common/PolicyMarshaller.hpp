@@ -89,8 +89,10 @@ public:
     static std::string toXml(const ::Corvane::Soa::Common::ObjectPropertyPolicy& policy);
     /// Writes `toXml(policy)` to `path` after `createDir(path)`. The text goes to a new file
     /// beside the target, which then replaces the target in one step; on any fault the new file
-    /// is removed and the target left as it was. A file that cannot be written throws
-    /// `IOException` "'Error while creating file under:-'" followed by the path.
+    /// is removed and the target left as it was. A target that is a symbolic link stays one: the
+    /// file it names (link by link, made when none is there yet) is the one replaced. A file
+    /// that cannot be written throws `IOException` "'Error while creating file under:-'"
+    /// followed by the path.
     static void save(const ::Corvane::Soa::Common::ObjectPropertyPolicy& policy,
                      const std::string& path);
     /// Makes each directory of `path` up to its last "/", parents first; empty parts are skipped
