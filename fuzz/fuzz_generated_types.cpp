@@ -1,6 +1,6 @@
 // Any byte string bound as XML or JSON to any registered type, built through the type
-// registry, yields an object (written back in both forms) or one of the readers' own
-// exceptions; nothing else.
+// registry, yields an object (written back in both forms, its clone writing the same XML) or
+// one of the readers' own exceptions; nothing else.
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
@@ -48,8 +48,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const Json::JSONException&) {
         return 0;
     }
-    Xml::XmlStream xml;
-    object->outputXML(xml);
+    // A clone writes the same document: copies take every field, those kept in a block too.
+    const AutoPtr<Xml::BaseObject> copy(object->clone());
+    const auto xmlOf = [](const Xml::BaseObject& bound) {
+        Xml::XmlStream xml;
+        bound.outputXML(xml);
+        return xml.str();
+    };
+    if (xmlOf(*object) != xmlOf(*copy)) {
+        std::abort();
+    }
     std::ostringstream json;
     Xml::JsonStream stream(&json);
     object->writeJSON(&stream);

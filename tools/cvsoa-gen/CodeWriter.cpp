@@ -361,16 +361,18 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
                 // The accessor of a member: of the object, or of the object's block.
                 const auto access = [&](const std::string& name, bool heldObject) {
                     if (field.inBlock) {
-                        return "&FieldAccess::inBlock<&" + c + "::m_seldom, &" + c +
-                               "::Seldom::" + name + ">";
+                        out << "&FieldAccess::inBlock<&" << c << "::m_seldom, &" << c
+                            << "::Seldom::" << name << ">, ";
+                    } else {
+                        out << "&FieldAccess::" << (heldObject ? "object" : "member") << "<&" << c
+                            << "::" << name << ">, ";
                     }
-                    return std::string("&FieldAccess::") + (heldObject ? "object" : "member") +
-                           "<&" + c + "::" + name + ">";
                 };
                 out << "        {" << literal(wire) << ", FieldKind::" << kindName(field.kind)
-                    << ", " << access("m_" + field.name, holdsObject(field.kind)) << ", ";
+                    << ", ";
+                access("m_" + field.name, holdsObject(field.kind));
                 if (isFlagged(field)) {
-                    out << access("m_is" + upperFirst(field.name) + "Set", false) << ", ";
+                    access("m_is" + upperFirst(field.name) + "Set", false);
                 } else {
                     out << "nullptr, ";
                 }
