@@ -1,8 +1,11 @@
 #include "CodeWriter.hpp"
 
+#include <algorithm>
 #include <cctype>
 #include <set>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 namespace Corvane::Soa::Gen {
 
@@ -390,12 +393,24 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
                 out << "},\n";
             }
             out << "    };\n";
+            // The fields in the byte-wise order of their wire names.
+            std::vector<std::pair<std::string, std::size_t>> names;
+            for (std::size_t i = 0; i < type.fields.size(); ++i) {
+                const FieldModel& field = type.fields[i];
+                names.emplace_back(field.kind == Kind::ServiceData ? "ServiceData" : field.name, i);
+            }
+            std::sort(names.begin(), names.end());
+            out << "    static const unsigned short byName[] = {";
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                out << (i == 0 ? "" : ", ") << names[i].second;
+            }
+            out << "};\n";
         }
         out << "    static const TypeDescriptor type{&kNamespace, " << literal(c)
             << ", kNamespace + " << literal("." + c) << ", " << literal(member(full, c)) << ", "
             << (type.fields.empty() ? "nullptr" : "fields") << ", " << type.fields.size() << ", "
             << (type.mapEntry ? "true" : "false") << ", []() -> BaseObject* { return new " << c
-            << "; }};\n"
+            << "; }, " << (type.fields.empty() ? "nullptr" : "byName") << "};\n"
             << "    return type;\n}\n\n";
         if (!schema.handWritten) {
             members(out, type);

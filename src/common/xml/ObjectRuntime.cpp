@@ -13,6 +13,7 @@
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
+#include <array>
 #include <vector>
 
 namespace Corvane::Soa::Common::Xml {
@@ -140,23 +141,82 @@ void writeJSONAttribute(const FieldDescriptor& field, const BaseObject& object,
     }
 }
 
+// The members of a JSON object that a type's fields name. The members are sorted by key, and
+// the descriptor lists its fields in the same order, so one merge of the two finds them all
+// rather than a search per field. A type without that order, or with more fields than fit here,
+// searches per field.
+class FieldMembers {
+public:
+    FieldMembers(const TypeDescriptor& type, const JSONObject& json) : m_type(type), m_json(json) {
+        m_merged = type.byName != nullptr && type.fieldCount <= m_found.size();
+        if (!m_merged) {
+            return;
+        }
+        const JSONObject::Members& members = json.getMembers();
+        const auto* member = members.begin();
+        for (std::size_t k = 0; k < type.fieldCount; ++k) {
+            const std::size_t index = type.byName[k];
+            const std::string& name = type.fields[index].name;
+            while (member != members.end() && member->key() < name) {
+                ++member;
+            }
+            m_found[index] = member != members.end() && member->key() == name ? member : nullptr;
+        }
+    }
+
+    // Whether the object has the member of field `index`.
+    bool contains(std::size_t index) const {
+        return m_merged ? m_found[index] != nullptr : m_json.containsKey(m_type.fields[index].name);
+    }
+
+    // The value of that member; null when there is none, or when it holds no value.
+    Value* value(std::size_t index) const {
+        if (m_merged) {
+            return m_found[index] != nullptr ? m_found[index]->value().get() : nullptr;
+        }
+        const std::string& name = m_type.fields[index].name;
+        return m_json.containsKey(name) ? m_json.getValue(name).get() : nullptr;
+    }
+
+private:
+    const TypeDescriptor& m_type;
+    const JSONObject& m_json;
+    bool m_merged;
+    std::array<const JSONObject::Member*, 48> m_found{};
+};
+
 // Copies a text member. A string of a parsed tree is taken from the tree's bytes: asking the
-// tree for a std::string would make one first, only to be copied.
-void readText(std::string& to, const JSONObject& json, const std::string& key) {
-    const AutoPtr<Value> value = json.getValue(key);
-    if (value.get() != nullptr && value->getType() == Value::STRING) {
-        const std::string_view text =
-            static_cast<const Internal::Json::StringValue&>(*value).view();
-        assignText(to, text);
+// tree for a std::string would make one first, only to be copied. `found` is the member's
+// value when at hand.
+void readText(std::string& to, const Value* found, const JSONObject& json, const std::string& key) {
+    if (found != nullptr && found->getType() == Value::STRING) {
+        assignText(to, static_cast<const Internal::Json::StringValue&>(*found).view());
     } else {
         assignText(to, json.getString(key));  // dates, and the failures in their own words
     }
 }
 
-void readJSONAttribute(const FieldDescriptor& field, BaseObject& object, const JSONObject& json) {
+// The member object or array of a field: taken from the member at hand when it is one, else
+// asked for by name, which fails in the tree's own words.
+AutoPtr<JSONObject> objectOf(Value* found, const JSONObject& json, const std::string& key) {
+    if (found != nullptr && found->getType() == Value::OBJECT) {
+        return AutoPtr<JSONObject>(static_cast<JSONObject*>(found));
+    }
+    return json.getJSONObject(key);
+}
+
+AutoPtr<JSONArray> arrayOf(Value* found, const JSONObject& json, const std::string& key) {
+    if (found != nullptr && found->getType() == Value::ARRAY) {
+        return AutoPtr<JSONArray>(static_cast<JSONArray*>(found));
+    }
+    return json.getJSONArray(key);
+}
+
+void readJSONAttribute(const FieldDescriptor& field, BaseObject& object, const JSONObject& json,
+                       const Value* found) {
     switch (field.kind) {
         case FieldKind::Text:
-            readText(store<std::string>(field, object), json, field.name);
+            readText(store<std::string>(field, object), found, json, field.name);
             break;
         case FieldKind::Boolean:
             store<bool>(field, object) = json.getBoolean(field.name);
@@ -368,52 +428,59 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
         return;
     }
     const JSONObject& in = *json;
-    for (const FieldDescriptor& field : type) {
+    const FieldMembers members(type, in);
+    for (std::size_t index = 0; index < type.fieldCount; ++index) {
+        const FieldDescriptor& field = type.fields[index];
         if (isAttributeKind(field.kind)) {
             if (field.flag == nullptr) {
-                readJSONAttribute(field, object, in);
-            } else if (in.containsKey(field.name)) {
-                readJSONAttribute(field, object, in);
+                readJSONAttribute(field, object, in, members.value(index));
+            } else if (members.contains(index)) {
+                readJSONAttribute(field, object, in, members.value(index));
                 markSet(field, object);
             }
             continue;
         }
         switch (field.kind) {
-            case FieldKind::Reference:
-                if (field.flag != nullptr && !in.containsKey(field.name)) {
+            case FieldKind::Reference: {
+                if (field.flag != nullptr && !members.contains(index)) {
                     break;
                 }
-                if (in.getValueType(field.name) == Value::STRING) {
+                Value* found = members.value(index);
+                const Value::ValueType kind =
+                    found != nullptr ? found->getType() : in.getValueType(field.name);
+                if (kind == Value::STRING) {
                     if (const FieldDescriptor* uid = uidField(field)) {
-                        readText(store<std::string>(*uid, held(field, object)), in, field.name);
+                        readText(store<std::string>(*uid, held(field, object)), found, in,
+                                 field.name);
                     }
                 } else {
-                    held(field, object).parseJSON(in.getJSONObject(field.name));
+                    held(field, object).parseJSON(objectOf(found, in, field.name));
                 }
                 markSet(field, object);
                 break;
+            }
             case FieldKind::Structure:
             case FieldKind::ServiceData:
-                if (field.flag != nullptr && !in.containsKey(field.name)) {
+                if (field.flag != nullptr && !members.contains(index)) {
                     break;
                 }
-                held(field, object).parseJSON(in.getJSONObject(field.name));
+                held(field, object).parseJSON(objectOf(members.value(index), in, field.name));
                 markSet(field, object);
                 break;
             case FieldKind::StructureList: {
-                if (!in.containsKey(field.name)) {
+                if (!members.contains(index)) {
                     break;
                 }
                 void* list = field.member(object, true);
                 if (isMap(field)) {
-                    const AutoPtr<JSONObject> map = in.getJSONObject(field.name);
+                    const AutoPtr<JSONObject> map = objectOf(members.value(index), in, field.name);
                     const std::vector<std::string> keys = map->getKeys();
                     field.list->reserve(list, field.list->size(list) + keys.size());
                     for (const std::string& key : keys) {
                         field.list->append(list)->parseSimpleJSONMapEntry(key, map);
                     }
                 } else {
-                    const AutoPtr<JSONArray> array = in.getJSONArray(field.name);
+                    const AutoPtr<JSONArray> array = arrayOf(members.value(index), in, field.name);
                     const std::size_t size = array->size();
                     field.list->reserve(list, field.list->size(list) + size);
                     for (std::size_t i = 0; i < size; ++i) {
@@ -423,10 +490,10 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 break;
             }
             case FieldKind::TextList: {
-                if (!in.containsKey(field.name)) {
+                if (!members.contains(index)) {
                     break;
                 }
-                const AutoPtr<JSONArray> array = in.getJSONArray(field.name);
+                const AutoPtr<JSONArray> array = arrayOf(members.value(index), in, field.name);
                 auto& texts = store<std::vector<std::string>>(field, object);
                 texts.reserve(texts.size() + array->size());
                 for (std::size_t i = 0; i < array->size(); ++i) {
@@ -435,7 +502,7 @@ void ObjectRuntime::parseJSON(BaseObject& object, const TypeDescriptor& type,
                 break;
             }
             case FieldKind::TextElement:
-                readText(store<std::string>(field, object), in, field.name);
+                readText(store<std::string>(field, object), members.value(index), in, field.name);
                 break;
             default:
                 break;

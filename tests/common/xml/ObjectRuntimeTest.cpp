@@ -16,6 +16,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -140,8 +141,32 @@ TEST(ObjectRuntime, JsonReferenceIsABareUidOrAnObjectAndListsAreOptional) {
     EXPECT_EQ(holder->getRef()->getUid(), "u8");
     EXPECT_EQ(holder->getRef()->getType(), "Item");
     EXPECT_EQ(holder->getNames(), std::vector<std::string>{"a"});
-    // A text field is read unconditionally: a missing key is the JSON layer's failure.
-    EXPECT_ANY_THROW(fromJson<Scalars>(R"({"flag":false,"count":0,"ratio":0,"amount":0})"));
+}
+
+// Members that are missing or of the wrong kind fail in the JSON layer's own words, whichever
+// way the reader found them.
+TEST(ObjectRuntime, JsonMembersMissingOrOfTheWrongKindFailInTheTreesWords) {
+    const std::string rest = R"(,"raw":"","ServiceData":{},"ref":)";
+    const std::string scalars = R"({"text":"","flag":false,"count":0,"ratio":0,"amount":0})";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {R"({"nested":{"flag":false,"count":0,"ratio":0,"amount":0})" + rest + R"("u"})",
+         "text is not a valid key in this JSONObject"},
+        {R"({"nested":{"text":1,"flag":false,"count":0,"ratio":0,"amount":0})" + rest + R"("u"})",
+         "text is not a string value."},
+        {R"({"nested":[])" + rest + R"("u"})", "nested is not a JSONObject value."},
+        {R"({"nested":)" + scalars + rest + R"("u","items":{}})",
+         "items is not a JSONArray value."},
+        {R"({"nested":)" + scalars + rest + R"(7})", "ref is not a JSONObject value."},
+    };
+    for (const auto& [json, message] : cases) {
+        SCOPED_TRACE(json);
+        try {
+            fromJson<Holder>(json);
+            ADD_FAILURE() << "read";
+        } catch (const std::exception& error) {
+            EXPECT_EQ(error.what(), message);
+        }
+    }
 }
 
 TEST(ObjectRuntime, CopiesShareElementsAndIdentityIsStatic) {

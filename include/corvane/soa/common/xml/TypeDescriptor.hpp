@@ -27,6 +27,9 @@ struct TypeDescriptor {
     bool mapEntry;
     /// A new default-constructed object (count 0), allocated by the type's `operator new`.
     BaseObject* (*create)();
+    /// The indices of `fields` in the byte-wise order of their names (the order of a JSON
+    /// object's members), so that a reader matches fields to members in one pass; or null.
+    const unsigned short* byName = nullptr;
 
     const FieldDescriptor* begin() const noexcept { return fields; }
     const FieldDescriptor* end() const noexcept { return fields + fieldCount; }
