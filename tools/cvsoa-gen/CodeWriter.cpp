@@ -410,7 +410,8 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
             << ", kNamespace + " << literal("." + c) << ", " << literal(member(full, c)) << ", "
             << (type.fields.empty() ? "nullptr" : "fields") << ", " << type.fields.size() << ", "
             << (type.mapEntry ? "true" : "false") << ", []() -> BaseObject* { return new " << c
-            << "; }, " << (type.fields.empty() ? "nullptr" : "byName") << "};\n"
+            << "; }, " << (type.fields.empty() ? "nullptr" : "byName")
+            << ", BaseObject::identify(kNamespace, " << literal(c) << ")};\n"
             << "    return type;\n}\n\n";
         if (!schema.handWritten) {
             members(out, type);
@@ -429,8 +430,7 @@ std::string CodeWriter::source(const SchemaModel& schema) const {
 // The constructors, assignment and setters of a generated class.
 void CodeWriter::members(std::ostream& out, const TypeModel& type) const {
     const std::string& c = type.name;
-    out << c << "::" << c
-        << "()\n    : BaseObject(typeDescriptor().namespaceUri, &typeDescriptor().name)";
+    out << c << "::" << c << "()\n    : BaseObject(typeDescriptor().identity)";
     for (const FieldModel& field : type.fields) {
         if (holdsObject(field.kind)) {
             out << ",\n      m_" << field.name << "(new " << classOf(field.type) << ")";

@@ -3,46 +3,35 @@
 #include <corvane/soa/common/xml/XmlStream.hpp>
 #include <corvane/soa/internal/json/JSONObject.hpp>
 
-#include <mutex>
-#include <unordered_set>
+#include "common/xml/TypeIdentities.hpp"
 
 namespace Corvane::Soa::Common::Xml {
 
-namespace {
+BaseObject::BaseObject() = default;
 
-// One copy of each identity text given as a `const char*`, kept for the life of the process:
-// objects of hand-written types share it instead of copying it. The table is never destroyed,
-// so that objects that outlive static destruction keep valid texts.
-const std::string* shared(const char* text) {
-    static std::mutex* const lock = new std::mutex;
-    static auto* const texts = new std::unordered_set<std::string>;
-    const std::lock_guard<std::mutex> guard(*lock);
-    return &*texts->emplace(text).first;
-}
-
-const std::string kEmpty;
-
-const std::string* unknown() {
-    static const std::string text = "Unknown";
-    return &text;
-}
-
-}  // namespace
-
-BaseObject::BaseObject() : m_namespace(&kEmpty), m_typeName(&kEmpty) {}
-
-BaseObject::BaseObject(const char* ns) : m_namespace(shared(ns)), m_typeName(unknown()) {}
+BaseObject::BaseObject(const char* ns) : m_identity(TypeIdentities::intern(ns, "Unknown")) {}
 
 BaseObject::BaseObject(const char* ns, const char* typeName)
-    : m_namespace(shared(ns)), m_typeName(shared(typeName)) {}
+    : m_identity(TypeIdentities::intern(ns, typeName)) {}
+
+std::uint32_t BaseObject::identify(const std::string& ns, const std::string& typeName) {
+    return TypeIdentities::intern(ns, typeName);
+}
+
+const std::string& BaseObject::getNamespace() const noexcept {
+    return TypeIdentities::at(m_identity).ns;
+}
+
+const std::string& BaseObject::getTypeName() const noexcept {
+    return TypeIdentities::at(m_identity).typeName;
+}
 
 // A copy carries the source's count over, as holders of copied objects expect.
 BaseObject::BaseObject(const BaseObject& other) = default;
 
 BaseObject& BaseObject::operator=(const BaseObject& other) {
     if (this != &other) {
-        m_namespace = other.m_namespace;
-        m_typeName = other.m_typeName;
+        m_identity = other.m_identity;
     }
     return *this;
 }
@@ -86,8 +75,9 @@ BaseObject* BaseObject::clone() const {
 
 std::string BaseObject::getQaulifiedName() const {
     std::string name;
-    name.reserve(m_namespace->size() + 1 + m_typeName->size());
-    name.append(*m_namespace).append(1, '.').append(*m_typeName);
+    const TypeIdentities::Identity& identity = TypeIdentities::at(m_identity);
+    name.reserve(identity.ns.size() + 1 + identity.typeName.size());
+    name.append(identity.ns).append(1, '.').append(identity.typeName);
     return name;
 }
 
@@ -99,7 +89,7 @@ bool BaseObject::outputXMLBase(XmlStream& stream, const std::string& elementName
         getNamespaces(namespaces);
         stream.addNamespaces(namespaces);
     }
-    stream.writeOpenElement(*m_namespace, elementName);
+    stream.writeOpenElement(getNamespace(), elementName);
     return root;
 }
 

@@ -68,8 +68,12 @@ public:
     /// The namespace URI, ".", the type name.
     std::string getQaulifiedName() const;
 
-    const std::string& getNamespace() const noexcept { return *m_namespace; }
-    const std::string& getTypeName() const noexcept { return *m_typeName; }
+    const std::string& getNamespace() const noexcept;
+    const std::string& getTypeName() const noexcept;
+
+    /// The process-wide number of the identity (ns, typeName), made on first request: what a
+    /// generated type passes to its base once per object instead of the two texts.
+    static std::uint32_t identify(const std::string& ns, const std::string& typeName);
 
     CORVANE_SOA_ACCOUNTED_ALLOCATION("BaseObject")
 
@@ -77,10 +81,9 @@ protected:
     BaseObject();
     explicit BaseObject(const char* ns);
     BaseObject(const char* ns, const char* typeName);
-    /// Shares the two texts, which must live as long as the program (the static identity of a
-    /// generated type): constructing the object allocates nothing for its identity.
-    BaseObject(const std::string* ns, const std::string* typeName) noexcept
-        : m_namespace(ns), m_typeName(typeName) {}
+    /// Takes an identity number from `identify`: constructing the object allocates nothing
+    /// for its identity.
+    explicit BaseObject(std::uint32_t identity) noexcept : m_identity(identity) {}
 
     /// Begins this object's element: when it is the document's root, first declares every
     /// namespace its tree needs. Returns whether it was the root. The text is ignored.
@@ -98,10 +101,9 @@ private:
         }
     }
 
-    // Texts shared by every object of a type: a generated type's static ones, or the one copy
-    // that a process keeps of each text given to the `const char*` constructors.
-    const std::string* m_namespace;
-    const std::string* m_typeName;
+    // The number of the namespace and type name in the process's table of identities, which
+    // every object of a type shares: with the count, the base is two words in all.
+    std::uint32_t m_identity = 0;
     std::int32_t m_refCount = 0;
 };
 

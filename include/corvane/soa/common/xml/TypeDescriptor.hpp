@@ -4,6 +4,7 @@
 #include <corvane/soa/common/xml/FieldDescriptor.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace Corvane::Soa::Common::Xml {
@@ -30,6 +31,9 @@ struct TypeDescriptor {
     /// The indices of `fields` in the byte-wise order of their names (the order of a JSON
     /// object's members), so that a reader matches fields to members in one pass; or null.
     const unsigned short* byName = nullptr;
+    /// The number that `BaseObject::identify` gives the namespace URI and name: what every
+    /// object of the type keeps of its identity.
+    std::uint32_t identity = 0;
 
     const FieldDescriptor* begin() const noexcept { return fields; }
     const FieldDescriptor* end() const noexcept { return fields + fieldCount; }
