@@ -9,6 +9,7 @@
 #include "BindingPeer.hpp"
 #include "RatioReporter.hpp"
 #include "ServiceDataDocument.hpp"
+#include "SplitMix.hpp"
 
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
@@ -70,9 +71,10 @@ constexpr std::size_t kElements = 2 * kTickets + 2;
 
 AutoPtr<Files::FileTicketsResponse> makeResponse() {
     AutoPtr<Files::FileTicketsResponse> response(new Files::FileTicketsResponse);
+    cvsoa::bench::SplitMix random(0x7ac4e75ULL);
     for (std::size_t i = 0; i < kTickets; ++i) {
         AutoPtr<Files::TicketMap> entry(new Files::TicketMap);
-        entry->getKey()->setUid("QWr5AAAAAAAA" + std::to_string(i));
+        entry->getKey()->setUid(cvsoa::bench::uidOf(random.next()));
         entry->setValue("https://fms.example.com/ticket/" + std::to_string(i * 7919) + "?e=1");
         response->addTickets(entry);
     }

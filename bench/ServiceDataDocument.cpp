@@ -19,18 +19,6 @@ using ::Corvane::Soa::Common::AutoPtr;
 constexpr std::size_t kObjects = 9000;
 constexpr std::size_t kTickets = 8;
 
-// A uid as the server makes them: fourteen characters of a URL-safe alphabet.
-std::string uidOf(std::uint64_t bits) {
-    static const char alphabet[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-";
-    std::string uid(14, 'A');
-    for (char& c : uid) {
-        c = alphabet[bits & 63U];
-        bits = (bits >> 6U) | (bits << 58U);
-    }
-    return uid;
-}
-
 // A date property value as the server writes them, in UTC. (The JSON reader takes a date-shaped
 // string for a date and gives it back in local time, which the benchmark pins to UTC, so that the
 // text reads back as written.)
@@ -178,6 +166,18 @@ void addObjectTo(const Base::ModelObject& object, BindingSummary& summary) {
 }
 
 }  // namespace
+
+// Six bits a character, the 64 bits turning round, so that the first eleven hold them all.
+std::string uidOf(std::uint64_t bits) {
+    static const char alphabet[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-";
+    std::string uid(14, 'A');
+    for (char& c : uid) {
+        c = alphabet[bits & 63U];
+        bits = (bits >> 6U) | (bits << 58U);
+    }
+    return uid;
+}
 
 AutoPtr<Files::FileTicketsResponse> makeServiceDataResponse() {
     SplitMix random(0x5e7f1ce0da7aULL);

@@ -12,8 +12,14 @@
 #include <corvane/soa/schemas/Soa/_2006_03/Base.hpp>
 
 #include <cstddef>
+#include <cstdint>
+#include <string>
 
 namespace cvsoa::bench {
+
+// A uid as the server makes them: fourteen characters of a URL-safe alphabet, distinct for
+// distinct `bits`.
+std::string uidOf(std::uint64_t bits);
 
 // About 10 MB of XML.
 ::Corvane::Soa::Common::AutoPtr<
