@@ -7,6 +7,10 @@
 
 namespace Corvane::Soa::Common::Xml {
 
+// Every bound element pays for its base: on 64-bit targets it is the virtual table pointer and
+// two 32-bit words, so that small generated types fit the heap's 64-byte blocks.
+static_assert(sizeof(void*) != 8 || sizeof(BaseObject) == 16, "the base is two words");
+
 BaseObject::BaseObject() = default;
 
 BaseObject::BaseObject(const char* ns) : m_identity(TypeIdentities::intern(ns, "Unknown")) {}
