@@ -30,14 +30,20 @@ struct Index {
             throw std::length_error("too many data type identities");
         }
         const std::uint32_t number = count;
-        TypeIdentities::Identity* chunk = gChunks[number >> kChunkBits].load();
-        if (chunk == nullptr) {
+        std::atomic<TypeIdentities::Identity*>& slot = gChunks[number >> kChunkBits];
+        TypeIdentities::Identity* chunk = slot.load(std::memory_order_relaxed);
+        const bool fresh = chunk == nullptr;
+        if (fresh) {
             chunk = new TypeIdentities::Identity[kChunkSize];
-            gChunks[number >> kChunkBits].store(chunk, std::memory_order_release);
         }
         TypeIdentities::Identity& entry = chunk[number & (kChunkSize - 1)];
         entry.ns = ns;
         entry.typeName = typeName;
+        // A new chunk is published with its first entry written: entry 0 is read by objects
+        // that never asked for a number.
+        if (fresh) {
+            slot.store(chunk, std::memory_order_release);
+        }
         ++count;
         return number;
     }

@@ -9,6 +9,8 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -91,6 +93,28 @@ TEST(BaseObject, ConstructorsSetTheQualifiedName) {
     EXPECT_EQ(full.getQaulifiedName(),
               "http://corvane.com/Schemas/Core/2011-06/Session.CacheTickets");
     EXPECT_EQ(full.askRefCount(), 0);
+}
+
+// Objects keep the number of their identity in a table that grows in chunks: threads that make
+// new identities while others read old ones each see their own texts.
+TEST(BaseObject, IdentitiesMadeOnSeveralThreads) {
+    std::vector<std::thread> threads;
+    std::vector<int> wrong(4, 0);
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t, &wrong] {
+            const Plain empty;
+            for (int i = 0; i < 300; ++i) {
+                const std::string name = "T" + std::to_string(t) + "-" + std::to_string(i);
+                const Plain made("urn:threads", name.c_str());
+                wrong[t] += made.getQaulifiedName() != "urn:threads." + name ||
+                            !empty.getNamespace().empty();
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 // A copy carries the source's count, an assignment keeps the target's, a clone starts at zero.
