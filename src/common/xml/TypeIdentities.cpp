@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -79,8 +80,10 @@ std::uint32_t TypeIdentities::intern(std::string_view ns, std::string_view typeN
 const TypeIdentities::Identity& TypeIdentities::at(std::uint32_t number) noexcept {
     const Identity* chunk = gChunks[number >> kChunkBits].load(std::memory_order_acquire);
     if (chunk == nullptr) {
-        // Only number 0 can be asked for before the table exists.
-        static const Identity* const empty = new Identity;
+        // Only number 0 can be asked for before the table exists. Its texts are made in place
+        // and never destroyed, like the table's.
+        alignas(Identity) static unsigned char storage[sizeof(Identity)];
+        static const Identity* const empty = new (storage) Identity;
         return *empty;
     }
     return chunk[number & (kChunkSize - 1)];

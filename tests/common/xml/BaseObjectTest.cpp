@@ -99,6 +99,7 @@ TEST(BaseObject, ConstructorsSetTheQualifiedName) {
 // new identities while others read old ones each see their own texts.
 TEST(BaseObject, IdentitiesMadeOnSeveralThreads) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::vector<int> wrong(4, 0);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([t, &wrong] {
