@@ -96,12 +96,13 @@ TEST(PropertiesJava, LoadsAsTheJavaPlatformLoads) {
     ASSERT_NE(::mkdtemp(dir.data()), nullptr);
     dir += "/";
     std::vector<std::string> texts = {
-        "a=1\nb:2\nc 3\nd\t=\t4\ne  :  =5\nf = = 6\ng\fx\n  lead=x  \nnovalue\nempty=\n=nokey\n"
-        ":colon\n",
+        std::string("a=1\nb:2\nc 3\nd\t=\t4\ne  :  =5\nf = = 6\ng\fx\n  lead=x  \nnovalue\n") +
+            "empty=\n=nokey\n:colon\n",
         "a\\=b\\:c\\ d=v\n\\#k=\\!v\nt=\\t\\n\\r\\f\\\\\\q\\\"\\u0041\\u00e9\\u20AC\nv=\\ \\ two\n",
         "# c\n  ! c\nk=v # not\r\nb=2\rc=3\n\r\n\rd=4\n#",
-        "k=one\\\n    two\\\r\n\tthree\\\\\nn=x\nm=a\\\\\\\n b\nke\\\n  y = v\np=a\\\n\nq=b\n"
-        "r=a\\\n#b\n\\\n#c\ns=\\u00\\\n  41\nt=v\\",
+        std::string(
+            "k=one\\\n    two\\\r\n\tthree\\\\\nn=x\nm=a\\\\\\\n b\nke\\\n  y = v\np=a\\\n\n") +
+            "q=b\nr=a\\\n#b\n\\\n#c\ns=\\u00\\\n  41\nt=v\\",
         "a=1\n\\",
         "a=1\n\\\n",
         "a=1\n\\\r\n",
@@ -109,8 +110,9 @@ TEST(PropertiesJava, LoadsAsTheJavaPlatformLoads) {
         "a=1\n\\\r",
         "s=\\uD83D\\uDE00 \\ud83d\\ude00\n",
         "a=1\nb=2\na=3",
-        "\xC3\xA9=\xF0\x9F\x98\x80\na=\x80|\xC3|\xE2\x82|\xED\xA0\x80|\xF0\x9F\x98|\xC0\xAF|"
-        "\xE0\x80\x80|\xF4\x90\x80\x80|\xF8|\xFF|\xED\xA0|\xEF\xBF\xBF|\xED\x9F\xBF|\xF0\x8F\n",
+        std::string(
+            "\xC3\xA9=\xF0\x9F\x98\x80\na=\x80|\xC3|\xE2\x82|\xED\xA0\x80|\xF0\x9F\x98|\xC0\xAF|") +
+            "\xE0\x80\x80|\xF4\x90\x80\x80|\xF8|\xFF|\xED\xA0|\xEF\xBF\xBF|\xED\x9F\xBF|\xF0\x8F\n",
         "a=\xE2\x82",
         "b=\xF0\x9F",
         "c=\xF0",

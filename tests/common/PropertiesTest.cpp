@@ -21,7 +21,7 @@ namespace {
 std::string entriesOf(const Properties& properties) {
     std::string text;
     for (const auto& [key, value] : properties.entries()) {
-        text += (text.empty() ? "" : "|") + key + "=" + value;
+        text.append(text.empty() ? "" : "|").append(key).append("=").append(value);
     }
     return text;
 }
