@@ -58,11 +58,11 @@ std::string dumped(const std::string& path, const Properties* properties) {
     }
     std::vector<std::string> lines;
     for (const auto& [key, value] : properties->entries()) {
-        lines.push_back(dumped(key) + "\t" + dumped(value));
+        lines.push_back(dumped(key).append("\t").append(dumped(value)));
     }
     std::sort(lines.begin(), lines.end());
     for (const std::string& line : lines) {
-        out += line + "\n";
+        out.append(line).append("\n");
     }
     return out;
 }
@@ -134,11 +134,11 @@ TEST(PropertiesJava, LoadsAsTheJavaPlatformLoads) {
         try {
             properties.load(path);
             properties.save(path + ".saved");
-            arguments += " " + path + " " + path + ".saved";
-            expected += dumped(path, &properties) + dumped(path + ".saved", &properties);
+            arguments.append(" ").append(path).append(" ").append(path).append(".saved");
+            expected.append(dumped(path, &properties)).append(dumped(path + ".saved", &properties));
         } catch (const IOException&) {
-            arguments += " " + path;
-            expected += dumped(path, nullptr);
+            arguments.append(" ").append(path);
+            expected.append(dumped(path, nullptr));
         }
     }
     const CommandOutcome outcome =
