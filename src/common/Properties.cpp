@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <functional>
 #include <istream>
+#include <iterator>
 #include <system_error>
 
 namespace Corvane::Soa::Common {
@@ -144,29 +145,67 @@ void Properties::loadFrom(std::string_view text, const std::string& name) {
     if (!isUtf8OrRepair(text, repaired)) {
         text = repaired;
     }
-    // Read into an empty object, so that a text that fails leaves this one as it was.
-    Properties loaded;
-    Properties& target = empty() ? *this : loaded;
-    // About a key a line: room for them all at once.
-    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    target.m_entries.reserve(lines);
-    target.reserve(size() + lines);
+    // The entries are read first and indexed after, so that a text that fails leaves this
+    // object as it was.
+    const std::size_t start = m_entries.size();
+    std::vector<Entry> merged;
+    std::vector<Entry>& into = start == 0 ? m_entries : merged;
+    // About a key a line.
+    into.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     PropertiesReader reader(text, name);
     std::string key;
     std::string value;
     try {
         while (reader.next(key, value)) {
-            target.setEntry(std::move(key), std::move(value));
+            into.emplace_back(std::move(key), std::move(value));
         }
     } catch (...) {
-        target.clear();
+        if (start == 0) {
+            clear();
+        }
         throw;
     }
-    if (&target == &loaded) {
-        for (Entry& entry : loaded.m_entries) {
-            setEntry(std::move(entry.first), std::move(entry.second));
-        }
+    if (start != 0) {
+        m_entries.insert(m_entries.end(), std::make_move_iterator(merged.begin()),
+                         std::make_move_iterator(merged.end()));
     }
+    reserve(m_entries.size(), start);
+    indexFrom(start);
+}
+
+void Properties::indexFrom(std::size_t start) {
+    // On a large text most keys miss the cache in the index: the slots of the keys a few
+    // entries ahead are fetched while the current one goes in.
+    constexpr std::size_t kAhead = 8;
+    const std::size_t end = m_entries.size();
+    const std::size_t mask = m_slots.size() - 1;
+    std::uint32_t hashes[kAhead] = {};
+    const auto fetch = [&](std::size_t position) {
+        const std::uint32_t hash = hashOf(m_entries[position].first);
+        hashes[position % kAhead] = hash;
+        __builtin_prefetch(&m_slots[hash & mask]);
+    };
+    for (std::size_t position = start; position < end && position < start + kAhead; ++position) {
+        fetch(position);
+    }
+    std::size_t kept = start;
+    for (std::size_t position = start; position < end; ++position) {
+        const std::uint32_t hash = hashes[position % kAhead];
+        if (position + kAhead < end) {
+            fetch(position + kAhead);
+        }
+        std::uint64_t& slot = m_slots[slotOf(m_entries[position].first, hash)];
+        if (slot != 0) {
+            m_entries[(slot & kPositionMask) - 1].second = std::move(m_entries[position].second);
+            continue;
+        }
+        if (kept != position) {
+            m_entries[kept] = std::move(m_entries[position]);
+        }
+        ++kept;
+        slot = (static_cast<std::uint64_t>(hash) << 32) | kept;
+    }
+    m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(kept), m_entries.end());
 }
 
 void Properties::save(const std::string& path) const {
@@ -222,7 +261,7 @@ bool Properties::remove(std::string_view key) {
     // The positions after it have moved: index them again.
     const std::size_t slots = m_slots.size();
     m_slots.clear();
-    reserve(slots / 2);
+    reserve(slots / 2, m_entries.size());
     return true;
 }
 
@@ -252,7 +291,7 @@ std::size_t Properties::slotOf(std::string_view key, std::uint32_t hash) const n
 }
 
 void Properties::setEntry(std::string&& key, std::string&& value) {
-    reserve(m_entries.size() + 1);
+    reserve(m_entries.size() + 1, m_entries.size());
     const std::uint32_t hash = hashOf(key);
     std::uint64_t& slot = m_slots[slotOf(key, hash)];
     if (slot != 0) {
@@ -263,8 +302,8 @@ void Properties::setEntry(std::string&& key, std::string&& value) {
     slot = (static_cast<std::uint64_t>(hash) << 32) | m_entries.size();
 }
 
-void Properties::reserve(std::size_t count) {
-    if (count * 2 <= m_slots.size() && !m_slots.empty()) {
+void Properties::reserve(std::size_t count, std::size_t indexed) {
+    if (count * 2 <= m_slots.size()) {
         return;
     }
     std::size_t slots = 16;
@@ -272,7 +311,7 @@ void Properties::reserve(std::size_t count) {
         slots *= 2;
     }
     m_slots.assign(slots, 0);
-    for (std::size_t position = 0; position < m_entries.size(); ++position) {
+    for (std::size_t position = 0; position < indexed; ++position) {
         const std::uint32_t hash = hashOf(m_entries[position].first);
         m_slots[slotOf(m_entries[position].first, hash)] =
             (static_cast<std::uint64_t>(hash) << 32) | (position + 1);

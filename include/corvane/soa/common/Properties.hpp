@@ -82,8 +82,12 @@ private:
     // Where `key` is in the index: the slot holding its entry, or the empty slot it would take.
     std::size_t slotOf(std::string_view key, std::uint32_t hash) const noexcept;
     void setEntry(std::string&& key, std::string&& value);
-    // Makes room in the index for `count` keys in all.
-    void reserve(std::size_t count);
+    // Makes room in the index for `count` keys in all; when it grows, the first `indexed`
+    // entries are indexed again.
+    void reserve(std::size_t count, std::size_t indexed);
+    // Indexes the entries from `start` on, which may repeat each other and earlier keys: a
+    // repeated key gives its value to the first entry of that key and goes.
+    void indexFrom(std::size_t start);
     void loadFrom(std::string_view text, const std::string& name);
 
     std::vector<Entry> m_entries;
