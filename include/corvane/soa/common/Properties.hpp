@@ -50,8 +50,8 @@ public:
     void loadText(std::string_view text);
 
     /// Replaces the file at `path` by `toText()` in one step, through symbolic links, as the
-    /// policy file is saved. IOException naming the file when it cannot be written; the file is
-    /// then left as it was.
+    /// policy file is saved (no directories are made). IOException naming the file when it
+    /// cannot be written; the file is then left as it was.
     void save(const std::string& path) const;
     /// The text of the file `save` writes.
     std::string toText() const;
@@ -91,8 +91,8 @@ private:
     void loadFrom(std::string_view text, const std::string& name);
 
     std::vector<Entry> m_entries;
-    // Open addressing over the entries: each slot is an entry's position plus one (0: empty)
-    // beside the low bits of its key's hash; at most half of the slots are taken.
+    // Open addressing over the entries: each slot holds an entry's position plus one (0: empty)
+    // in its low half and its key's 32-bit hash in its high half; at most half are taken.
     std::vector<std::uint64_t> m_slots;
 };
 
