@@ -21,6 +21,7 @@
 #include <corvane/soa/common/ObjectPropertyPolicy.hpp>
 #include <corvane/soa/common/PolicyProperty.hpp>
 #include <corvane/soa/common/PolicyType.hpp>
+#include <corvane/soa/common/Properties.hpp>
 #include <corvane/soa/common/StringUtils.hpp>
 #include <corvane/soa/common/Version.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
