@@ -18,7 +18,6 @@ namespace cvsoa {
 
 namespace {
 
-using Corvane::Soa::Common::RandomAccessFile;
 using Corvane::Soa::Common::ZipArchive;
 using Corvane::Soa::Common::ZipEntry;
 using Corvane::Soa::Common::Exceptions::IOException;
@@ -229,7 +228,7 @@ void addZipCommand(CLI::App& app) {
     auto extractOptions = std::make_shared<ZipOptions>();
     CLI::App* extractCommand = zip->add_subcommand(
         "extract",
-        "Write every entry under a directory; unsafe names and symbolic links are refused");
+        "Write every entry under a directory; unsafe names are refused, symbolic links not made");
     addArchiveOption(extractCommand, *extractOptions);
     extractCommand->add_option("-o,--output", extractOptions->output,
                                "the directory, made when missing (default: the current one)");

@@ -14,7 +14,7 @@ namespace Corvane::Soa::Common {
 namespace {
 
 // Output taken from an entry at a time when it goes to a stream or nowhere.
-constexpr std::size_t kPieceSize = 256 * 1024;
+constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
 }  // namespace
 

@@ -16,7 +16,7 @@ using Exceptions::IOException;
 
 namespace {
 
-constexpr std::size_t kPieceSize = 64 * 1024;
+constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
 constexpr std::size_t kMaxComment = 0xffff;
 constexpr std::uint16_t kZip64Field = 0x0001;
 constexpr std::uint16_t kUnicodePathField = 0x7075;

@@ -16,7 +16,7 @@ using namespace ZipBytes;
 namespace {
 
 // Compressed bytes read from the file at once.
-constexpr std::size_t kInputSize = 256 * 1024;
+constexpr std::size_t kInputSize = std::size_t{256} * 1024;
 // Output asked of zlib and crc32 in one call, which take `unsigned` lengths.
 constexpr std::size_t kMaxPiece = std::size_t{1} << 30U;
 

@@ -20,7 +20,7 @@ using Exceptions::IOException;
 
 namespace {
 
-constexpr std::size_t kPieceSize = 256 * 1024;
+constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 constexpr unsigned kPermissionBits = 0777;
 constexpr unsigned kDefaultFileMode = 0666;
 constexpr unsigned kDirectoryMode = 0777;

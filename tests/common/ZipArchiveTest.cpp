@@ -137,7 +137,7 @@ TEST_F(ZipArchiveInterop, ReadsInfoZipArchivesAsUnzipDoes) {
     }
     std::ofstream(src / "text.txt", std::ios::binary) << text;
     std::ofstream(src / "random.bin", std::ios::binary) << random;
-    std::ofstream(src / "empty.txt");
+    std::ofstream empty(src / "empty.txt");
     std::ofstream(src / "dir" / "sub" / "nested.txt") << "nested\n";
     std::ofstream(src / "Gr\xc3\xbc\xc3\x9f\x65.txt") << "a UTF-8 name\n";
     ASSERT_EQ(run("cd src && zip -qr ../deflated.zip . && zip -qr0 ../stored.zip .").status, 0);
