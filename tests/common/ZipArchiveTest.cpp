@@ -140,10 +140,14 @@ TEST_F(ZipArchiveInterop, ReadsInfoZipArchivesAsUnzipDoes) {
     std::ofstream empty(src / "empty.txt");
     std::ofstream(src / "dir" / "sub" / "nested.txt") << "nested\n";
     std::ofstream(src / "Gr\xc3\xbc\xc3\x9f\x65.txt") << "a UTF-8 name\n";
-    ASSERT_EQ(run("cd src && zip -qr ../deflated.zip . && zip -qr0 ../stored.zip .").status, 0);
+    ASSERT_EQ(run("cd src && zip -qr ../deflated.zip . && zip -qr0 ../stored.zip . && "
+                  "zip -qr -fz ../zip64.zip .")
+                  .status,
+              0);
 
     expectSameAsTools("deflated.zip", true);
     expectSameAsTools("stored.zip", true);
+    expectSameAsTools("zip64.zip", false);
 
     const ZipArchive archive((m_dir / "deflated.zip").string());
     const ZipEntry* entry = archive.find("text.txt");
