@@ -19,7 +19,7 @@ struct ZipBuilderEntry {
     std::optional<std::uint32_t> crc{};    // instead of the data's
     std::optional<std::uint64_t> size{};   // declared instead of the data's
     std::optional<std::string> payload{};  // the bytes stored instead of those made from `data`
-    int sharesHeaderOf = -1;             // the central record points at that entry's local header
+    int sharesHeaderOf = -1;               // the central record points at that entry's local header
 };
 
 inline std::uint32_t zipCrc32(const std::string& data) {
