@@ -22,8 +22,12 @@
 #include <corvane/soa/common/PolicyProperty.hpp>
 #include <corvane/soa/common/PolicyType.hpp>
 #include <corvane/soa/common/Properties.hpp>
+#include <corvane/soa/common/RandomAccessFile.hpp>
 #include <corvane/soa/common/StringUtils.hpp>
 #include <corvane/soa/common/Version.hpp>
+#include <corvane/soa/common/ZipArchive.hpp>
+#include <corvane/soa/common/ZipEntry.hpp>
+#include <corvane/soa/common/ZipLimits.hpp>
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
