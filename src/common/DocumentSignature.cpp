@@ -40,6 +40,7 @@ struct Free {
     void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
     void operator()(X509* certificate) const { X509_free(certificate); }
     void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+    void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
     void operator()(X509_STORE* store) const { X509_STORE_free(store); }
     void operator()(X509_STORE_CTX* context) const { X509_STORE_CTX_free(context); }
     void operator()(STACK_OF(X509) * chain) const { sk_X509_free(chain); }
@@ -101,7 +102,7 @@ int passphraseCallback(char* buffer, int size, int /*writing*/, void* passphrase
     if (text.empty() || text.size() > static_cast<std::size_t>(size)) {
         return -1;
     }
-    std::memcpy(buffer, text.data(), text.size());
+    text.copy(buffer, text.size());
     return static_cast<int>(text.size());
 }
 
@@ -253,6 +254,13 @@ DocumentSignature DocumentSignature::fromPrivateKeyPem(std::string_view pem,
                                                        : "wrong passphrase"));
     }
     key->pure = isPureScheme(key->key.get(), name);
+    // The PEM reader takes a key's parts as they come; a damaged one would sign, but nothing
+    // would verify what it signed.
+    const Owned<EVP_PKEY_CTX> check(EVP_PKEY_CTX_new_from_pkey(nullptr, key->key.get(), nullptr));
+    if (!check || EVP_PKEY_pairwise_check(check.get()) != 1) {
+        throw SignatureException("cannot use the key in " + quoted(name) +
+                                 ": its private and public parts do not match (a damaged key)");
+    }
     key->isPrivate = true;
     key->name = name;
     return DocumentSignature(std::move(key));

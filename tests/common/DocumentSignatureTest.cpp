@@ -10,9 +10,11 @@
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/exceptions/SignatureException.hpp>
 
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -21,7 +23,7 @@ using Corvane::Soa::Common::Exceptions::IOException;
 using Corvane::Soa::Common::Exceptions::SignatureException;
 
 constexpr char kDocumentBytes[] = "<doc id=\"1\">\0\xff signed bytes</doc>\n";
-const std::string kDocument(kDocumentBytes, sizeof kDocumentBytes - 1);
+constexpr std::string_view kDocument(kDocumentBytes, sizeof kDocumentBytes - 1);
 
 class DocumentSignatureTest : public ::testing::Test {
 protected:
@@ -32,7 +34,7 @@ protected:
             return;
         }
         s_scratch = std::make_unique<ScratchDirectory>();
-        s_scratch->write("doc", kDocument);
+        s_scratch->write("doc", std::string(kDocument));
         const CommandOutcome made = makeTestKeys(*s_scratch);
         ASSERT_EQ(made.status, 0) << made.output;
     }
@@ -78,7 +80,7 @@ TEST_F(DocumentSignatureTest, InteroperatesWithOpensslForEachKeyType) {
         EXPECT_FALSE(verifier.canSign());
         EXPECT_TRUE(verifier.verify(kDocument, scratch().read("theirs.b64")));
         EXPECT_TRUE(verifier.verifyFile(path("doc"), path("theirs.b64")));
-        EXPECT_FALSE(verifier.verify(kDocument + " ", scratch().read("theirs.b64")));
+        EXPECT_FALSE(verifier.verify(std::string(kDocument) + " ", scratch().read("theirs.b64")));
 
         const DocumentSignature signer =
             DocumentSignature::fromPrivateKeyFile(path(c.key + ".pem"));
@@ -109,7 +111,7 @@ TEST_F(DocumentSignatureTest, CertificatesVerifyAndChainToTrustedOnes) {
         kDocument, DocumentSignature::fromPrivateKeyFile(path("rsa.pem")).sign(kDocument)));
     scratch().write("both.pem", scratch().read("other.pem") + scratch().read("ca.pem"));
 
-    const std::time_t later = std::time(nullptr) + 40 * 86400;
+    const std::time_t later = std::time(nullptr) + std::time_t{40} * 86400;
     const struct {
         std::string certificate, bundle;
         std::time_t at;
@@ -144,6 +146,7 @@ TEST_F(DocumentSignatureTest, EncryptedKeysNeedTheirPassphrase) {
     for (const char* name : {"pkcs8.pem", "traditional.pem"}) {
         SCOPED_TRACE(name);
         const std::string key = path(name);
+        const std::string cannot = "cannot read a private key from '" + key + "': ";
         EXPECT_TRUE(verifier.verify(
             kDocument, DocumentSignature::fromPrivateKeyFile(key, "secret").sign(kDocument)));
         for (const auto& [passphrase, problem] :
@@ -153,8 +156,7 @@ TEST_F(DocumentSignatureTest, EncryptedKeysNeedTheirPassphrase) {
                 DocumentSignature::fromPrivateKeyFile(key, passphrase);
                 ADD_FAILURE() << passphrase;
             } catch (const SignatureException& e) {
-                EXPECT_EQ(e.getMessage(),
-                          "cannot read a private key from '" + key + "': " + problem);
+                EXPECT_EQ(e.getMessage(), cannot + problem);
             }
         }
     }
