@@ -55,8 +55,8 @@ public:
     bool verify(std::string_view document, std::string_view signature,
                 const std::string& signatureName = "the signature") const;
 
-    /// The same over files; IOException naming a file that cannot be read. (Ed25519 signs the
-    /// whole document at once, so a document is read whole.)
+    /// The same over files; IOException naming a file that cannot be read. A document is read
+    /// whole: Ed25519 signs it in one piece, and the other schemes take it the same way.
     std::string signFile(const std::string& documentPath) const;
     bool verifyFile(const std::string& documentPath, const std::string& signaturePath) const;
 
