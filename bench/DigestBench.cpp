@@ -120,10 +120,15 @@ int main(int argc, char** argv) {
         return 1;
     }
     constexpr int kRepetitions = 7;
-    for (const auto& [name, function] :
-         {std::pair{"digest/Digest::ofFile", digestOfFile},
-          std::pair{"digest/EVP_Digest in memory", evpDigestInMemory},
-          std::pair{"digest/EVP_Digest mapped", evpDigestMapped}}) {
+    const struct {
+        const char* name;
+        void (*function)(benchmark::State&);
+    } benchmarks[] = {
+        {"digest/Digest::ofFile", digestOfFile},
+        {"digest/EVP_Digest in memory", evpDigestInMemory},
+        {"digest/EVP_Digest mapped", evpDigestMapped},
+    };
+    for (const auto& [name, function] : benchmarks) {
         benchmark::RegisterBenchmark(name, function)
             ->Unit(benchmark::kMillisecond)
             ->Repetitions(kRepetitions);

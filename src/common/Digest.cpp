@@ -28,7 +28,9 @@ struct Closer {
 };
 
 // Large enough that each read costs little next to hashing it, small enough to stay in the
-// processor's cache between being read and being hashed.
+// processor's cache between being read and being hashed. Files are read, not mapped: mapping
+// would save copying the bytes, but a file cut short by another process while mapped ends the
+// whole program with SIGBUS.
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
 // Fetched once: looking the algorithm up by name is the slow part of starting a digest.
