@@ -41,8 +41,10 @@ public:
         std::ofstream(path(name), std::ios::binary) << bytes;
     }
 
-    std::string read(const std::string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
+    std::string read(const std::string& name) const { return readFile(path(name)); }
+
+    static std::string readFile(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
