@@ -12,6 +12,8 @@
 #include <corvane/soa/common/Counted.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/DefaultMemoryAllocatorImpl.hpp>
+#include <corvane/soa/common/Digest.hpp>
+#include <corvane/soa/common/DocumentSignature.hpp>
 #include <corvane/soa/common/GlobalAllocation.hpp>
 #include <corvane/soa/common/IPropertyPolicyChangeListener.hpp>
 #include <corvane/soa/common/MemObjectInfo.hpp>
@@ -31,6 +33,7 @@
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
+#include <corvane/soa/common/exceptions/SignatureException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/FieldAccess.hpp>
 #include <corvane/soa/common/xml/FieldBlock.hpp>
