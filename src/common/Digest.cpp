@@ -1,5 +1,7 @@
 #include <corvane/soa/common/Digest.hpp>
+
 #include <corvane/soa/common/exceptions/IOException.hpp>
+#include "common/FileDescriptor.hpp"
 
 #include <fcntl.h>
 #include <openssl/evp.h>
@@ -18,14 +20,6 @@ namespace Corvane::Soa::Common {
 using Exceptions::IOException;
 
 namespace {
-
-// Closes a file descriptor on the way out.
-struct Closer {
-    int descriptor;
-    Closer(const Closer&) = delete;
-    Closer& operator=(const Closer&) = delete;
-    ~Closer() { ::close(descriptor); }
-};
 
 // Large enough that each read costs little next to hashing it, small enough to stay in the
 // processor's cache between being read and being hashed. Files are read, not mapped: mapping
@@ -141,11 +135,11 @@ Digest::Bytes Digest::of(std::string_view bytes) {
 std::string Digest::hexOf(std::string_view bytes) { return toHex(of(bytes)); }
 
 Digest::Bytes Digest::ofFile(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
+    const FileDescriptor descriptor = FileDescriptor::openForReading(path);
+    if (!descriptor.isOpen()) {
         throw IOException(ioMessage(path, errno));
     }
-    const Closer closer{file};
+    const int file = descriptor.get();
     ::posix_fadvise(file, 0, 0, POSIX_FADV_SEQUENTIAL);
     const std::unique_ptr<char[]> block(new char[kBlockSize]);
     Digest digest;

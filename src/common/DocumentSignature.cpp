@@ -1,6 +1,8 @@
 #include <corvane/soa/common/DocumentSignature.hpp>
+
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/exceptions/SignatureException.hpp>
+#include "common/FileDescriptor.hpp"
 
 #include <fcntl.h>
 #include <openssl/bio.h>
@@ -27,14 +29,6 @@ using Exceptions::SignatureException;
 
 namespace {
 
-// Closes a file descriptor on the way out.
-struct Closer {
-    int descriptor;
-    Closer(const Closer&) = delete;
-    Closer& operator=(const Closer&) = delete;
-    ~Closer() { ::close(descriptor); }
-};
-
 struct Free {
     void operator()(BIO* bio) const { BIO_free(bio); }
     void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
@@ -60,27 +54,16 @@ struct ErrorQueueDrain {
 std::string quoted(const std::string& name) { return "'" + name + "'"; }
 
 std::string readFile(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        throw IOException("cannot read '" + path + "': " + std::strerror(errno));
-    }
-    const Closer closer{file};
+    const FileDescriptor file = FileDescriptor::openForReading(path);
+    int error = file.isOpen() ? 0 : errno;
     std::string bytes;
-    struct stat status {};
-    if (::fstat(file, &status) == 0 && status.st_size > 0) {
-        bytes.reserve(static_cast<std::size_t>(status.st_size));
+    if (error == 0) {
+        error = file.readAll(bytes);
     }
-    char block[65536];
-    for (;;) {
-        const ssize_t got = ::read(file, block, sizeof block);
-        if (got > 0) {
-            bytes.append(block, static_cast<std::size_t>(got));
-        } else if (got == 0) {
-            return bytes;
-        } else if (errno != EINTR) {
-            throw IOException("cannot read '" + path + "': " + std::strerror(errno));
-        }
+    if (error != 0) {
+        throw IOException("cannot read '" + path + "': " + std::strerror(error));
     }
+    return bytes;
 }
 
 Owned<BIO> memoryBio(std::string_view bytes, const std::string& name, const char* what) {

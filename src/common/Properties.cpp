@@ -1,5 +1,6 @@
 #include <corvane/soa/common/Properties.hpp>
 
+#include "common/FileDescriptor.hpp"
 #include "common/PropertiesReader.hpp"
 #include "common/Utf8Repair.hpp"
 #include "internal/common/FileReplacement.hpp"
@@ -33,31 +34,16 @@ std::string errorText(int error) { return std::generic_category().message(error)
 
 // The whole file at `path`, read with as few calls as its size allows.
 std::string readFile(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
+    const FileDescriptor file = FileDescriptor::openForReading(path);
+    if (!file.isOpen()) {
         throw IOException(path + ": cannot be opened (" + errorText(errno) +
                           "); check that the file exists and can be read");
     }
     std::string text;
-    struct stat status {};
-    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
-        text.reserve(static_cast<std::size_t>(status.st_size));
+    if (const int error = file.readAll(text); error != 0) {
+        throw IOException(path + ": cannot be read (" + errorText(error) +
+                          "); check that it is a file and can be read");
     }
-    char buffer[65536];
-    for (;;) {
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got > 0) {
-            text.append(buffer, static_cast<std::size_t>(got));
-        } else if (got == 0) {
-            break;
-        } else if (errno != EINTR) {
-            const int error = errno;
-            ::close(fd);
-            throw IOException(path + ": cannot be read (" + errorText(error) +
-                              "); check that it is a file and can be read");
-        }
-    }
-    ::close(fd);
     return text;
 }
 

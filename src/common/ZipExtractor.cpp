@@ -1,5 +1,6 @@
 #include "common/ZipExtractor.hpp"
 
+#include "common/FileDescriptor.hpp"
 #include "common/ZipEntryReader.hpp"
 
 #include <corvane/soa/common/exceptions/IOException.hpp>
@@ -24,23 +25,6 @@ constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 constexpr unsigned kPermissionBits = 0777;
 constexpr unsigned kDefaultFileMode = 0666;
 constexpr unsigned kDirectoryMode = 0777;
-
-// A file descriptor closed when it goes out of scope.
-class Descriptor {
-public:
-    explicit Descriptor(int value) noexcept : m_value(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (m_value >= 0) {
-            ::close(m_value);
-        }
-    }
-    int get() const noexcept { return m_value; }
-
-private:
-    int m_value;
-};
 
 std::vector<std::string> splitName(const std::string& name) {
     std::vector<std::string> parts;
@@ -102,7 +86,7 @@ void ZipExtractor::extractAll() {
     }
     std::error_code error;
     std::filesystem::create_directories(m_directory, error);
-    const Descriptor root(::open(m_directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor root(::open(m_directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (root.get() < 0) {
         throw IOException(m_archive.getPath() + ": cannot open the directory " + m_directory +
                           " to extract into: " + std::strerror(errno));
@@ -120,7 +104,7 @@ void ZipExtractor::extract(const ZipEntry& entry, int root) {
         return;
     }
     const std::size_t directories = entry.isDirectory() ? parts.size() : parts.size() - 1;
-    const Descriptor parent(openDirectories(entry, root, parts, directories));
+    const FileDescriptor parent(openDirectories(entry, root, parts, directories));
     if (!entry.isDirectory()) {
         writeFile(entry, parent.get(), parts.back());
     }
@@ -131,7 +115,7 @@ int ZipExtractor::openDirectories(const ZipEntry& entry, int root,
     int current = ::dup(root);
     std::string path = m_directory;
     for (std::size_t i = 0; i < count && current >= 0; ++i) {
-        const Descriptor previous(current);
+        const FileDescriptor previous(current);
         path += "/" + parts[i];
         if (::mkdirat(previous.get(), parts[i].c_str(), kDirectoryMode) != 0 && errno != EEXIST) {
             fail(entry, "cannot make the directory " + path + ": " + std::strerror(errno));
@@ -166,7 +150,7 @@ void ZipExtractor::writeFile(const ZipEntry& entry, int directory, const std::st
         fail(entry, "cannot write into the directory of " + name + ": " + std::strerror(errno));
     }
     try {
-        const Descriptor output(file);
+        const FileDescriptor output(file);
         ZipEntryReader reader(m_archive, entry);
         const std::unique_ptr<char[]> buffer(new char[kPieceSize]);
         for (std::size_t got = 0; (got = reader.read(buffer.get(), kPieceSize)) > 0;) {
