@@ -21,7 +21,8 @@ const std::type_info& GeneratedTypes::classOf(const TypeDescriptor& type) {
     }
     // Made outside the lock: a constructor may ask about another type.
     const AutoPtr<BaseObject> sample(type.create());
-    const std::type_info& made = typeid(*sample);
+    const BaseObject& object = *sample;
+    const std::type_info& made = typeid(object);
     const std::lock_guard<std::mutex> lock(mutex);
     classes.emplace(&type, &made);
     return made;
