@@ -1,4 +1,5 @@
 #include <corvane/soa/common/exceptions/DomException.hpp>
+#include <corvane/soa/common/exceptions/ExceptionMapper.hpp>
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
 #include <corvane/soa/common/xml/DocumentReader.hpp>
@@ -22,6 +23,7 @@
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 namespace Corvane::Soa::Common::Xml {
 
@@ -73,8 +75,8 @@ void readJsonTree(const std::string& text, BaseObject& object) { object.parseJSO
 
 // Whether the direct path bound the whole document; false when it gave up and the tree path
 // must read it.
-bool bindJson(const std::string& text, BaseObject& object, const TypeDescriptor& type) {
-    JsonBinder binder(object, type);
+bool bindJson(const std::string& text, BaseObject& object, const TypeDescriptor& type, bool named) {
+    JsonBinder binder(object, type, named);
     Utf8String transcoder;
     JsonScanner<JsonBinder> scanner(text.data(), text.size(), transcoder, binder);
     scanner.parseDocument();
@@ -83,7 +85,7 @@ bool bindJson(const std::string& text, BaseObject& object, const TypeDescriptor&
 
 void readJson(const std::string& text, BaseObject& object, Path path) {
     const TypeDescriptor* type = isDirect(path) ? generatedType(object) : nullptr;
-    if (type == nullptr || !bindJson(text, object, *type)) {
+    if (type == nullptr || !bindJson(text, object, *type, false)) {
         handOver(path);
         readJsonTree(text, object);
     }
@@ -147,7 +149,7 @@ AutoPtr<BaseObject> readJsonNew(const std::string& text, Path path) {
         const TypeDescriptor* type = name.empty() ? nullptr : TypeRegistry::find(name);
         if (type != nullptr) {
             AutoPtr<BaseObject> object(type->create());
-            if (bindJson(text, *object, *type)) {
+            if (bindJson(text, *object, *type, true)) {
                 return object;
             }
         }
@@ -198,6 +200,57 @@ AutoPtr<BaseObject> readXmlNew(const std::string& text, Path path) {
     return object;
 }
 
+// The local name of the root element, read from the text without parsing it: after white
+// space, the XML declaration, processing instructions and comments. Empty for any other start.
+std::string_view rootName(const std::string& text) {
+    std::size_t i = 0;
+    for (;;) {
+        while (i < text.size() && isBlank(text[i])) {
+            ++i;
+        }
+        std::string_view close;
+        if (text.compare(i, 2, "<?") == 0) {
+            close = "?>";
+        } else if (text.compare(i, 4, "<!--") == 0) {
+            close = "-->";
+        } else {
+            break;
+        }
+        i = text.find(close, i);
+        if (i == std::string::npos) {
+            return {};
+        }
+        i += close.size();
+    }
+    if (i == text.size() || text[i] != '<') {
+        return {};
+    }
+    const std::size_t begin = i + 1;
+    const std::size_t end = text.find_first_of(" \t\r\n/>", begin);
+    if (end == std::string::npos) {
+        return {};
+    }
+    std::string_view name(text.data() + begin, end - begin);
+    const std::size_t colon = name.rfind(':');
+    return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+bool isErrorDocument(std::string_view root) {
+    static constexpr std::string_view kErrors[] = {"InvalidUserException",
+                                                   "InvalidCredentialsException",
+                                                   "InternalServerException",
+                                                   "ConnectionException",
+                                                   "ProtocolException",
+                                                   "ServiceException",
+                                                   "CvResponse"};
+    for (const std::string_view error : kErrors) {
+        if (root == error) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string slurp(std::istream& in) {
     std::ostringstream text;
     text << in.rdbuf();
@@ -225,6 +278,14 @@ void DocumentReader::read(const std::string& text, BaseObject& object, Path path
 
 AutoPtr<BaseObject> DocumentReader::read(const std::string& text, Path path) {
     return isJson(text) ? readJsonNew(text, path) : readXmlNew(text, path);
+}
+
+void DocumentReader::readReply(const std::string& text, BaseObject& object, Path path) {
+    if (!isJson(text) && isErrorDocument(rootName(text))) {
+        // Throws, unless it is a legacy reply that holds an ordinary response.
+        Exceptions::ExceptionMapper::parseExceptionString(text);
+    }
+    read(text, object, path);
 }
 
 void DocumentReader::readStream(std::istream& in, BaseObject& object, Path path) {

@@ -76,8 +76,8 @@ bool holdsStructure(FieldKind kind) {
 
 }  // namespace
 
-JsonBinder::JsonBinder(BaseObject& root, const TypeDescriptor& type)
-    : m_root(root), m_rootType(type) {
+JsonBinder::JsonBinder(BaseObject& root, const TypeDescriptor& type, bool named)
+    : m_root(root), m_rootType(type), m_named(named) {
     m_levels.reserve(16);
 }
 
@@ -187,6 +187,12 @@ void JsonBinder::key(Object& object, const char* text, std::size_t length) {
         return;
     }
     if (top.frame != Frame::Object) {
+        return;
+    }
+    // The root's type was taken from its first ".QName"; the tree keeps the last one.
+    if (m_named && m_levels.size() == 1 && std::string_view(text, length) == ".QName" &&
+        ++m_names > 1) {
+        giveUp();
         return;
     }
     const TypeDescriptor& type = *top.type;

@@ -47,7 +47,9 @@ public:
         bool forwarded;
     };
 
-    JsonBinder(BaseObject& root, const TypeDescriptor& type);
+    /// Binds into `root` of `type`; `named` when the type was taken from the document's first
+    /// ".QName", which must then be its only one.
+    JsonBinder(BaseObject& root, const TypeDescriptor& type, bool named);
     JsonBinder(const JsonBinder&) = delete;
     JsonBinder& operator=(const JsonBinder&) = delete;
     ~JsonBinder();
@@ -106,6 +108,9 @@ private:
     std::vector<std::pair<const TypeDescriptor*, std::uint64_t>> m_required;
     BaseObject& m_root;
     const TypeDescriptor& m_rootType;
+    // Whether the root's type came from its ".QName", and the ".QName" members met so far.
+    bool m_named;
+    int m_names = 0;
     bool m_gaveUp = false;
 };
 

@@ -3,6 +3,7 @@
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/xml/DocumentReader.hpp>
 #include <corvane/soa/schemas/Core/_2006_03/Filemanagement.hpp>
+#include <corvane/soa/schemas/Soa/_2006_03/Exceptions/InternalServerException.hpp>
 #include <corvane/soa/schemas/Test/_2026_01/Fieldkinds.hpp>
 
 #include "ReadOutcome.hpp"
@@ -12,6 +13,7 @@
 
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -98,6 +100,10 @@ const std::vector<Case>& cases() {
          std::string("{\".QName\":\"") + kTickets +
              R"(.FileTicketsResponse","tickets":{"k2":"v","k1":[1],"k2":{}},"ServiceData":{}})",
          "uid=\"k1\""},
+        {"the last .QName names the type",
+         std::string("{\".QName\":\"") + kNs + ".Scalars\"," + nested + "," + rest +
+             ",\".QName\":\"" + kNs + ".Holder\"}",
+         "<ns1:Holder"},
         {"missing member", holderJson(nested + R"(,"ref":"u1","ServiceData":{})"),
          "raw is not a valid key in this JSONObject"},
         {"mistyped member",
@@ -185,6 +191,47 @@ TEST(DocumentReader, ReadsStreamsAndFilesAndNamesWhatItCannotRead) {
               ReadOutcome::ofNew("{\".QName\":\"nowhere.Nothing\"}", Path::Tree));
     EXPECT_THAT(ReadOutcome::ofNew("<Nothing xmlns=\"nowhere\"/>", Path::Direct),
                 testing::HasSubstr("No type is registered for the element 'Nothing'"));
+}
+
+TEST(DocumentReader, ReadsAReplyOrThrowsTheErrorItCarries) {
+    const Corvane::Soa::Common::AutoPtr<Holder> reply(new Holder);
+    EXPECT_THROW(
+        DocumentReader::readReply(
+            "<?xml version=\"1.0\"?><!-- x --><ns0:InternalServerException "
+            "xmlns:ns0=\"urn:x\"><m code='1' level='3'>one</m></ns0:InternalServerException>",
+            *reply),
+        Corvane::Schemas::Soa::_2006_03::Exceptions::InternalServerException);
+    DocumentReader::readReply(holderXml("<nested text=\"n\"/>"), *reply);
+    EXPECT_EQ(reply->getNested()->getText(), "n");
+}
+
+// Threads reading documents of different types at once share the registry, the identity table
+// and the reader's own tables; each gets what one thread alone gets.
+TEST(DocumentReader, ThreadsReadDocumentsOfDifferentTypesAtOnce) {
+    std::vector<std::string> texts;
+    for (const Case& c : cases()) {
+        if (ReadOutcome::ofNew(c.text, Path::Tree).rfind("throws", 0) != 0) {
+            texts.push_back(c.text);
+        }
+    }
+    std::vector<std::string> expected;
+    for (const std::string& text : texts) {
+        expected.push_back(ReadOutcome::ofNew(text, Path::Tree));
+    }
+    std::vector<std::string> got(texts.size());
+    std::vector<std::thread> threads;
+    threads.reserve(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 20; ++round) {
+                got[i] = ReadOutcome::ofNew(texts[i], Path::Direct);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(got, expected);
 }
 
 }  // namespace

@@ -44,6 +44,12 @@ public:
     /// type is registered under throws `DomException` (XML) or `InvalidTypeException` (JSON).
     static AutoPtr<BaseObject> read(const std::string& text, Path path = Path::Direct);
 
+    /// Reads a service's reply into `object`. An error document (XML whose root element is one
+    /// that `ExceptionMapper` reads: InvalidUserException, InvalidCredentialsException,
+    /// InternalServerException, ConnectionException, ProtocolException, ServiceException,
+    /// CvResponse) throws the exception it maps to; any other reply is read as `read` does.
+    static void readReply(const std::string& text, BaseObject& object, Path path = Path::Direct);
+
     /// As `read`, the text taken from `in` to its end.
     static void readStream(std::istream& in, BaseObject& object, Path path = Path::Direct);
     static AutoPtr<BaseObject> readStream(std::istream& in, Path path = Path::Direct);
