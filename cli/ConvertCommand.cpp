@@ -47,17 +47,35 @@ struct ConvertOptions {
     throw CLI::RuntimeError(1);
 }
 
+// The whole stream, read in large pieces into a text that has room for a file's size at once.
+std::string readStream(std::istream& in) {
+    std::string text;
+    if (in.seekg(0, std::ios::end)) {
+        const std::streamoff size = in.tellg();
+        in.seekg(0, std::ios::beg);
+        if (size > 0) {
+            text.reserve(static_cast<std::size_t>(size));
+        }
+    }
+    in.clear();  // a stream that cannot seek is read from where it is
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    std::vector<char> piece(kPiece);
+    while (in.read(piece.data(), static_cast<std::streamsize>(kPiece)) || in.gcount() > 0) {
+        text.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+    }
+    return text;
+}
+
 std::string readAll(const std::string& path) {
     if (path == "-") {
-        return std::string(std::istreambuf_iterator<char>(std::cin),
-                           std::istreambuf_iterator<char>());
+        return readStream(std::cin);
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         fail("cvsoa convert: " + path +
              ": cannot be read; give an existing file, or - for standard input");
     }
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return readStream(file);
 }
 
 std::size_t distance(const std::string& a, const std::string& b) {
