@@ -1,10 +1,10 @@
 // Binding a 10 MB FileTicketsResponse to its generated type and writing it back, in XML and in
 // JSON, side by side with the binding peers built from the same schema files: CodeSynthesis XSD
-// and gSOAP for XML, nlohmann/json on equivalent plain structs for JSON. Two documents: one of
-// 100,000 tickets, and one of a few tickets whose service data holds model objects with
-// properties (the benchmarks named Objects/...). The generated types read in two ways: straight
-// from the text ("generated", the library's reader) and through the element tree or JSON tree
-// ("tree", what it is equivalent to). Every peer's bound objects are checked to hold
+// and gSOAP for XML, nlohmann/json and Boost.JSON on equivalent plain structs for JSON. Two
+// documents: one of 100,000 tickets, and one of a few tickets whose service data holds model
+// objects with properties (the benchmarks named Objects/...). The generated types read in two
+// ways: straight from the text ("generated", the library's reader) and through the element tree
+// or JSON tree ("tree", what it is equivalent to). Every peer's bound objects are checked to hold
 // the same tickets and objects before anything is timed. Also printed: the heap that each bound
 // document holds against the document's size, and the heap blocks that binding costs per bound
 // element.
@@ -232,6 +232,11 @@ std::vector<Binder> binders() {
     result.push_back({"Json", "tree", [] { return std::make_unique<GeneratedJson>(false); },
                       &jsonText(), false});
     result.push_back({"Json", "nlohmann", cvsoa::bench::makeNlohmannPeer, &jsonText(), false});
+#ifdef CVSOA_BENCH_BOOST_JSON
+    result.push_back({"Json", "Boost.JSON", cvsoa::bench::makeBoostJsonPeer, &jsonText(), false});
+#else
+    std::cout << "Boost.JSON left out: it was not found at configure time\n";
+#endif
     return result;
 }
 
@@ -336,6 +341,8 @@ void printRatios(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) 
         {"XML write, generated/gSOAP", "XmlWrite/", "gSOAP", ">= 1"},
         {"JSON read+bind, generated/nlohmann", "JsonReadAndBind/", "nlohmann", ">= 2"},
         {"JSON write, generated/nlohmann", "JsonWrite/", "nlohmann", ">= 1.5"},
+        {"JSON read+bind, generated/Boost.JSON", "JsonReadAndBind/", "Boost.JSON", "none"},
+        {"JSON write, generated/Boost.JSON", "JsonWrite/", "Boost.JSON", "none"},
         {"XML read+bind, generated/its tree path", "XmlReadAndBind/", "tree", "> 1"},
         {"JSON read+bind, generated/its tree path", "JsonReadAndBind/", "tree", "> 1"},
     };
@@ -344,6 +351,7 @@ void printRatios(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) 
         {"XML read+bind, tree/CodeSynthesis", "XmlReadAndBind/", "CodeSynthesis", ""},
         {"XML read+bind, tree/gSOAP", "XmlReadAndBind/", "gSOAP", ""},
         {"JSON read+bind, tree/nlohmann", "JsonReadAndBind/", "nlohmann", ""},
+        {"JSON read+bind, tree/Boost.JSON", "JsonReadAndBind/", "Boost.JSON", ""},
     };
     os << std::left << std::setw(46) << "ratio" << std::right << std::setw(9) << "tickets"
        << std::setw(9) << "objects"
