@@ -183,7 +183,11 @@ void JsonBinder::key(Object& object, const char* text, std::size_t length) {
     }
     Level& top = m_levels.back();
     if (top.frame == Frame::Map) {
-        m_mapKeys.emplace_back(text, length);
+        std::uint64_t head = 0;
+        for (std::size_t i = 0; i < 8; ++i) {
+            head = (head << 8U) | (i < length ? static_cast<unsigned char>(text[i]) : 0U);
+        }
+        m_mapKeys.push_back(MapKey{head, std::string_view(text, length)});
         return;
     }
     if (top.frame != Frame::Object) {
@@ -227,8 +231,12 @@ void JsonBinder::finishObject(const Level& level) {
 void JsonBinder::finishMap(const Level& level) {
     // As the tree keeps them: sorted byte-wise, each key once. An entry reads its key only.
     const auto first = m_mapKeys.begin() + static_cast<std::ptrdiff_t>(level.seen);
-    std::sort(first, m_mapKeys.end());
-    const auto last = std::unique(first, m_mapKeys.end());
+    std::sort(first, m_mapKeys.end(), [](const MapKey& a, const MapKey& b) {
+        return a.head != b.head ? a.head < b.head : a.text < b.text;
+    });
+    const auto last = std::unique(first, m_mapKeys.end(), [](const MapKey& a, const MapKey& b) {
+        return a.head == b.head && a.text == b.text;
+    });
     const ListAccess& list = *level.field->list;
     list.reserve(level.list, list.size(level.list) + static_cast<std::size_t>(last - first));
     const FieldDescriptor* key = fieldNamed(*level.type, "key");
@@ -243,10 +251,10 @@ void JsonBinder::finishMap(const Level& level) {
         }
         if (key->kind == FieldKind::Reference) {
             if (uid != nullptr) {
-                assignText(store<std::string>(*uid, held(*key, *entry)), *it);
+                assignText(store<std::string>(*uid, held(*key, *entry)), it->text);
             }
         } else if (key->kind == FieldKind::Text) {
-            assignText(store<std::string>(*key, *entry), *it);
+            assignText(store<std::string>(*key, *entry), it->text);
         }
     }
     m_mapKeys.erase(first, m_mapKeys.end());

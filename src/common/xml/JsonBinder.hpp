@@ -99,7 +99,13 @@ private:
     std::uint64_t required(const TypeDescriptor& type);
 
     std::vector<Level> m_levels;
-    std::vector<std::string_view> m_mapKeys;
+    // A map's key as written, and its first eight bytes as a big-endian number (zeros past its
+    // end): keys whose numbers differ are in the order of their numbers.
+    struct MapKey {
+        std::uint64_t head;
+        std::string_view text;
+    };
+    std::vector<MapKey> m_mapKeys;
     // The subtree of a type that reads itself from a tree, while it is read.
     Tree m_tree;
     int m_treeDepth = 0;
