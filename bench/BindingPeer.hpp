@@ -100,6 +100,7 @@ public:
 std::unique_ptr<BindingPeer> makeXsdPeer();
 std::unique_ptr<BindingPeer> makeGsoapPeer();
 std::unique_ptr<BindingPeer> makeNlohmannPeer();
+std::unique_ptr<BindingPeer> makeBoostJsonPeer();
 
 }  // namespace cvsoa::bench
 

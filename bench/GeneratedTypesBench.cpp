@@ -1,8 +1,10 @@
 // Binding a 10 MB FileTicketsResponse to its generated type and writing it back, in XML and in
 // JSON, side by side with the binding peers built from the same schema files: CodeSynthesis XSD
-// and gSOAP for XML, nlohmann/json on equivalent plain structs for JSON. Two documents: one of
-// 100,000 tickets, and one of a few tickets whose service data holds model objects with
-// properties (the benchmarks named Objects/...). Every peer's bound objects are checked to hold
+// and gSOAP for XML, nlohmann/json and Boost.JSON on equivalent plain structs for JSON. Two
+// documents: one of 100,000 tickets, and one of a few tickets whose service data holds model
+// objects with properties (the benchmarks named Objects/...). The generated types read in two
+// ways: straight from the text ("generated", the library's reader) and through the element tree
+// or JSON tree ("tree", what it is equivalent to). Every peer's bound objects are checked to hold
 // the same tickets and objects before anything is timed. Also printed: the heap that each bound
 // document holds against the document's size, and the heap blocks that binding costs per bound
 // element.
@@ -11,6 +13,7 @@
 #include "ServiceDataDocument.hpp"
 #include "SplitMix.hpp"
 
+#include <corvane/soa/common/xml/DocumentReader.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/XMLNode.hpp>
@@ -124,12 +127,22 @@ const std::string& objectsJsonText() {
     return text;
 }
 
+// The direct reader alone: a document it would hand to the tree path fails the check.
+void readDirectly(const std::string& text, Files::FileTicketsResponse& response) {
+    Xml::DocumentReader::read(text, response, Xml::DocumentReader::Path::DirectOnly);
+}
+
 class GeneratedXml : public BindingPeer {
 public:
+    explicit GeneratedXml(bool direct) : m_direct(direct) {}
     void read(const std::string& text) override {
         AutoPtr<Files::FileTicketsResponse> response(new Files::FileTicketsResponse);
-        Xml::SAXToNodeParser parser;
-        response->parse(*parser.parseString(text));
+        if (m_direct) {
+            readDirectly(text, *response);
+        } else {
+            Xml::SAXToNodeParser parser;
+            response->parse(*parser.parseString(text));
+        }
         m_response = response;
     }
     std::string write() const override { return xmlOf(*m_response); }
@@ -138,14 +151,20 @@ public:
     }
 
 private:
+    bool m_direct;
     AutoPtr<Files::FileTicketsResponse> m_response;
 };
 
 class GeneratedJson : public BindingPeer {
 public:
+    explicit GeneratedJson(bool direct) : m_direct(direct) {}
     void read(const std::string& text) override {
         AutoPtr<Files::FileTicketsResponse> response(new Files::FileTicketsResponse);
-        response->parseJSON(Json::Parser().parse(text).dynamicCast<Json::JSONObject>());
+        if (m_direct) {
+            readDirectly(text, *response);
+        } else {
+            response->parseJSON(Json::Parser().parse(text).dynamicCast<Json::JSONObject>());
+        }
         m_response = response;
     }
     std::string write() const override { return jsonOf(*m_response); }
@@ -154,6 +173,7 @@ public:
     }
 
 private:
+    bool m_direct;
     AutoPtr<Files::FileTicketsResponse> m_response;
 };
 
@@ -191,8 +211,10 @@ std::size_t heapInUse() {
 
 std::vector<Binder> binders() {
     std::vector<Binder> result;
+    result.push_back({"Xml", "generated", [] { return std::make_unique<GeneratedXml>(true); },
+                      &xmlText(), true});
     result.push_back(
-        {"Xml", "generated", [] { return std::make_unique<GeneratedXml>(); }, &xmlText(), true});
+        {"Xml", "tree", [] { return std::make_unique<GeneratedXml>(false); }, &xmlText(), true});
 #ifdef CVSOA_BENCH_XSD
     result.push_back({"Xml", "CodeSynthesis", cvsoa::bench::makeXsdPeer, &xmlText(), true});
 #else
@@ -205,9 +227,16 @@ std::vector<Binder> binders() {
     std::cout << "gSOAP left out: wsdl2h, soapcpp2 or gsoap++ was not found at configure time "
                  "(scripts/install-deps bench installs them)\n";
 #endif
-    result.push_back({"Json", "generated", [] { return std::make_unique<GeneratedJson>(); },
+    result.push_back({"Json", "generated", [] { return std::make_unique<GeneratedJson>(true); },
+                      &jsonText(), false});
+    result.push_back({"Json", "tree", [] { return std::make_unique<GeneratedJson>(false); },
                       &jsonText(), false});
     result.push_back({"Json", "nlohmann", cvsoa::bench::makeNlohmannPeer, &jsonText(), false});
+#ifdef CVSOA_BENCH_BOOST_JSON
+    result.push_back({"Json", "Boost.JSON", cvsoa::bench::makeBoostJsonPeer, &jsonText(), false});
+#else
+    std::cout << "Boost.JSON left out: it was not found at configure time\n";
+#endif
     return result;
 }
 
@@ -312,15 +341,26 @@ void printRatios(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) 
         {"XML write, generated/gSOAP", "XmlWrite/", "gSOAP", ">= 1"},
         {"JSON read+bind, generated/nlohmann", "JsonReadAndBind/", "nlohmann", ">= 2"},
         {"JSON write, generated/nlohmann", "JsonWrite/", "nlohmann", ">= 1.5"},
+        {"JSON read+bind, generated/Boost.JSON", "JsonReadAndBind/", "Boost.JSON", "none"},
+        {"JSON write, generated/Boost.JSON", "JsonWrite/", "Boost.JSON", "none"},
+        {"XML read+bind, generated/its tree path", "XmlReadAndBind/", "tree", "> 1"},
+        {"JSON read+bind, generated/its tree path", "JsonReadAndBind/", "tree", "> 1"},
+    };
+    // The tree path against the same peers, for comparison with the direct reader's rows.
+    static const Row treeRows[] = {
+        {"XML read+bind, tree/CodeSynthesis", "XmlReadAndBind/", "CodeSynthesis", ""},
+        {"XML read+bind, tree/gSOAP", "XmlReadAndBind/", "gSOAP", ""},
+        {"JSON read+bind, tree/nlohmann", "JsonReadAndBind/", "nlohmann", ""},
+        {"JSON read+bind, tree/Boost.JSON", "JsonReadAndBind/", "Boost.JSON", ""},
     };
     os << std::left << std::setw(46) << "ratio" << std::right << std::setw(9) << "tickets"
        << std::setw(9) << "objects"
        << "  target\n";
-    for (const Row& row : rows) {
+    auto print = [&](const Row& row, const char* subject) {
         os << "ratio " << std::left << std::setw(40) << row.label << std::right;
         for (const char* prefix : {"", "Objects/"}) {
             const std::string step = std::string(prefix) + row.step;
-            const double ratio = reporter.ratio(step + row.peer, step + "generated");
+            const double ratio = reporter.ratio(step + row.peer, step + subject);
             std::ostringstream cell;
             if (ratio > 0.0) {
                 cell << std::fixed << std::setprecision(2) << ratio << "x";
@@ -330,6 +370,12 @@ void printRatios(const cvsoa::bench::RatioReporter& reporter, std::ostream& os) 
             os << std::setw(9) << cell.str();
         }
         os << "  " << row.target << "\n";
+    };
+    for (const Row& row : rows) {
+        print(row, "generated");
+    }
+    for (const Row& row : treeRows) {
+        print(row, "tree");
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <corvane/soa/common/exceptions/DomException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/DocumentReader.hpp>
 #include <corvane/soa/common/xml/JsonStream.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
 #include <corvane/soa/common/xml/TypeDescriptor.hpp>
@@ -21,6 +22,7 @@
 #include <iterator>
 #include <memory>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -45,17 +47,35 @@ struct ConvertOptions {
     throw CLI::RuntimeError(1);
 }
 
+// The whole stream, read in large pieces into a text that has room for a file's size at once.
+std::string readStream(std::istream& in) {
+    std::string text;
+    if (in.seekg(0, std::ios::end)) {
+        const std::streamoff size = in.tellg();
+        in.seekg(0, std::ios::beg);
+        if (size > 0) {
+            text.reserve(static_cast<std::size_t>(size));
+        }
+    }
+    in.clear();  // a stream that cannot seek is read from where it is
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    std::vector<char> piece(kPiece);
+    while (in.read(piece.data(), static_cast<std::streamsize>(kPiece)) || in.gcount() > 0) {
+        text.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+    }
+    return text;
+}
+
 std::string readAll(const std::string& path) {
     if (path == "-") {
-        return std::string(std::istreambuf_iterator<char>(std::cin),
-                           std::istreambuf_iterator<char>());
+        return readStream(std::cin);
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         fail("cvsoa convert: " + path +
              ": cannot be read; give an existing file, or - for standard input");
     }
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return readStream(file);
 }
 
 std::size_t distance(const std::string& a, const std::string& b) {
@@ -99,9 +119,10 @@ struct Document {
     bool json;
 };
 
-// Finds the document's type (or takes the one given), builds it and binds the document to it.
-Document bindDocument(const std::string& path, const std::string& content,
-                      const std::string& type) {
+// Finds the document's type (or takes the one given), builds it and binds the document to it
+// through the element tree or the JSON tree, saying in the command's words what is wrong.
+Document bindThroughTree(const std::string& path, const std::string& content,
+                         const std::string& type) {
     const bool json = Xml::XmlUtil::isJSON(content);
     try {
         if (json) {
@@ -134,6 +155,88 @@ Document bindDocument(const std::string& path, const std::string& content,
     }
 }
 
+// The same, read straight from the text without a tree. A document that does not read is read
+// again through the tree, which tells what is wrong with it.
+Document bindDocument(const std::string& path, const std::string& content,
+                      const std::string& type) {
+    const bool json = Xml::XmlUtil::isJSON(content);
+    try {
+        AutoPtr<Xml::BaseObject> object;
+        if (type.empty()) {
+            object = Xml::DocumentReader::read(content);
+        } else if ((object = Xml::TypeRegistry::create(type))) {
+            Xml::DocumentReader::read(content, *object);
+        }
+        if (object) {
+            return {object, json};
+        }
+    } catch (const std::exception&) {
+        // Said below.
+    }
+    return bindThroughTree(path, content, type);
+}
+
+// Hands what is written on to `target`, without the line end that the XML writer puts before
+// the root element.
+class WithoutFirstLineEnd : public std::streambuf {
+public:
+    explicit WithoutFirstLineEnd(std::streambuf* target) : m_target(target) {
+        setp(m_buffer, m_buffer + sizeof m_buffer);
+    }
+
+protected:
+    int_type overflow(int_type c) override {
+        if (sync() != 0) {
+            return traits_type::eof();
+        }
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            *pptr() = traits_type::to_char_type(c);
+            pbump(1);
+        }
+        return traits_type::not_eof(c);
+    }
+
+    int sync() override {
+        const char* from = pbase();
+        if (m_first && from != pptr()) {
+            m_first = false;
+            from += *from == '\n' ? 1 : 0;
+        }
+        const std::streamsize size = pptr() - from;
+        const bool written = m_target->sputn(from, size) == size;
+        setp(m_buffer, m_buffer + sizeof m_buffer);
+        return written ? 0 : -1;
+    }
+
+private:
+    std::streambuf* m_target;
+    bool m_first = true;
+    char m_buffer[64 * 1024];
+};
+
+// Writes `object` to `out` as it goes: the output is never held whole.
+void write(const Xml::BaseObject& object, bool json, std::ostream& out) {
+    if (json) {
+        {
+            Xml::JsonStream stream(&out);
+            object.writeJSON(&stream);
+        }
+        out << '\n';
+        return;
+    }
+    auto filter = std::make_unique<WithoutFirstLineEnd>(out.rdbuf());
+    std::ostream filtered(filter.get());
+    {
+        Xml::XmlStream stream(&filtered);
+        object.outputXML(stream);
+    }
+    filtered << '\n';
+    filtered.flush();
+    if (!filtered) {
+        out.setstate(std::ios::badbit);
+    }
+}
+
 std::string serialise(const Xml::BaseObject& object, bool json) {
     if (json) {
         std::ostringstream out;
@@ -155,7 +258,8 @@ void convert(const ConvertOptions& options) {
     const std::string content = readAll(options.path);
     const Document document = bindDocument(options.path, content, options.type);
     const bool toJson = options.to.empty() ? !document.json : options.to == "json";
-    const std::string output = serialise(*document.object, toJson);
+    // Held whole only to be read back.
+    const std::string output = options.check ? serialise(*document.object, toJson) : std::string();
     if (options.check) {
         // Back from the converted text into the document's own form: the same document again?
         const Document back =
@@ -167,15 +271,22 @@ void convert(const ConvertOptions& options) {
             throw CLI::RuntimeError(1);
         }
     }
+    auto put = [&](std::ostream& out) {
+        if (options.check) {
+            out << output;
+        } else {
+            write(*document.object, toJson, out);
+        }
+    };
     if (options.out.empty() || options.out == "-") {
-        std::cout << output;
+        put(std::cout);
         return;
     }
     // Written whole or not at all.
     const std::string temporary = options.out + ".tmp";
     {
         std::ofstream file(temporary, std::ios::binary);
-        file << output;
+        put(file);
         if (!file) {
             std::remove(temporary.c_str());
             fail("cvsoa convert: " + options.out + ": cannot be written; check the directory");

@@ -3,6 +3,7 @@
 #include <corvane/soa/common/AutoPtr.hpp>
 #include <corvane/soa/common/DateTime.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/DocumentReader.hpp>
 #include <corvane/soa/common/xml/FieldDescriptor.hpp>
 #include <corvane/soa/common/xml/ListAccess.hpp>
 #include <corvane/soa/common/xml/SAXToNodeParser.hpp>
@@ -12,6 +13,7 @@
 #include <corvane/soa/internal/json/Parser.hpp>
 #include <corvane/soa/schemas.hpp>
 
+#include "ReadOutcome.hpp"
 #include "WireForms.hpp"
 
 #include <gtest/gtest.h>
@@ -207,6 +209,24 @@ TEST(Catalogue, EveryTypeRoundTripsInBothWireForms) {
         const AutoPtr<BaseObject> copy(object->clone());
         EXPECT_EQ(typeid(*copy), typeid(*object));
         EXPECT_EQ(object->askRefCount(), 1);
+    }
+}
+
+// The direct reader, alone, gives every filled type back as the tree path does, from both forms,
+// into a new object and into the caller's.
+TEST(Catalogue, EveryTypeReadsDirectlyAsThroughTheTree) {
+    using Corvane::Soa::Common::Xml::DocumentReader;
+    for (const TypeDescriptor* type : catalogue()) {
+        SCOPED_TRACE(type->qualifiedName);
+        AutoPtr<BaseObject> object(type->create());
+        fill(*object, *type, 1, 0, Fill::Everything);
+        auto make = [type] { return type->create(); };
+        for (const std::string& text : {WireForms::xmlOf(*object), WireForms::jsonOf(*object)}) {
+            EXPECT_EQ(ReadOutcome::ofNew(text, DocumentReader::Path::DirectOnly),
+                      ReadOutcome::ofNew(text, DocumentReader::Path::Tree));
+            EXPECT_EQ(ReadOutcome::ofInto(text, make, DocumentReader::Path::DirectOnly),
+                      ReadOutcome::ofInto(text, make, DocumentReader::Path::Tree));
+        }
     }
 }
 

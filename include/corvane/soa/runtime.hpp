@@ -87,5 +87,6 @@
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ProtocolException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ServiceException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
+#include <corvane/soa/common/xml/DocumentReader.hpp>
 
 #endif

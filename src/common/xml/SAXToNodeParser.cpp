@@ -217,6 +217,7 @@ private:
     // Or handing the elements over, when there is a sink.
     void feed();
     void feedStart(const char16_t*& event);
+    void feedText(const char16_t* text, std::size_t length);
     void buildStart(const char16_t*& event);
     std::string_view readValue(const char16_t*& event, char16_t kind, std::string& scratch,
                                bool replace);
@@ -471,6 +472,7 @@ private:
 
     // Where the elements go instead of the tree, during parseInto.
     ElementSink* m_sink = nullptr;
+    bool m_sinkText = false;  // whether the sink takes the text
     std::vector<ElementSink::Attribute> m_sinkAttributes;
     std::vector<std::string> m_sinkValues;  // values that had to be converted
 };
@@ -715,8 +717,8 @@ void SAXToNodeParser::Impl::largeText(const XMLCh* chars, std::size_t length) {
 }
 
 void SAXToNodeParser::Impl::characters(const XMLCh* const chars, const XMLSize_t length) {
-    if (m_sink != nullptr) {
-        return;  // a sink takes no text
+    if (m_sink != nullptr && !m_sinkText) {
+        return;  // a sink that takes no text
     }
     if (length >= kLargeText) {
         largeText(chars, length);
@@ -814,10 +816,25 @@ void SAXToNodeParser::Impl::feed() {
     const char16_t* event = m_events.data();
     const char16_t* const end = event + m_events.size();
     while (event < end) {
-        if (*event++ == kStart) {
-            feedStart(event);
-        } else {  // no text is recorded for a sink
-            m_sink->endElement();
+        switch (*event++) {
+            case kStart:
+                feedStart(event);
+                break;
+            case kText: {
+                const std::size_t size = readLength(event);
+                m_sink->text(std::string_view(reinterpret_cast<const char*>(event), size));
+                event += unitsForBytes(size);
+                break;
+            }
+            case kTextUnits: {
+                const std::size_t length = readLength(event);
+                feedText(event, length);
+                event += length;
+                break;
+            }
+            default:
+                m_sink->endElement();
+                break;
         }
     }
     m_events.clear();
@@ -847,16 +864,17 @@ void SAXToNodeParser::Impl::feedStart(const char16_t*& event) {
     if (m_sinkValues.size() < count) {
         m_sinkValues.resize(count);
     }
+    const std::string* extension = nullptr;
     for (std::size_t i = 0; i < count; ++i) {
         const char16_t kind = *event++;
         if (kind == kXsiType) {
-            readName(event);
+            extension = &readName(event).text;
             continue;
         }
         const std::string_view value = readValue(event, kind, m_sinkValues[i], m_replace);
         m_sinkAttributes.push_back({&readName(event).text, value});
     }
-    m_sink->startElement(name.text, m_sinkAttributes.data(), m_sinkAttributes.size());
+    m_sink->startTyped(name.text, m_sinkAttributes.data(), m_sinkAttributes.size(), extension);
 }
 
 void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
@@ -906,7 +924,17 @@ void SAXToNodeParser::Impl::buildStart(const char16_t*& event) {
     }
 }
 
+void SAXToNodeParser::Impl::feedText(const char16_t* text, std::size_t length) {
+    m_scratchValue.clear();
+    appendLocal(text, length, m_scratchValue, m_replace);
+    m_sink->text(m_scratchValue);
+}
+
 void SAXToNodeParser::Impl::buildText(const char16_t* text, std::size_t length) {
+    if (m_sink != nullptr) {
+        feedText(text, length);
+        return;
+    }
     if (m_open.empty() || m_open.back().direct) {
         if (m_current != nullptr) {
             appendLocal(text, length, placedText(*m_current), m_replace);
@@ -1096,6 +1124,7 @@ XMLNode* SAXToNodeParser::Impl::parse(const X::InputSource& source,
 void SAXToNodeParser::Impl::parseInto(const X::InputSource& source, const std::string& documentName,
                                       ElementSink& sink) {
     m_sink = &sink;
+    m_sinkText = sink.wantsText();
     struct Detach {
         ElementSink*& sink;
         ~Detach() { sink = nullptr; }
@@ -1142,6 +1171,17 @@ void parseFileInto(const std::string& path, const std::string& encoding, Element
     SAXToNodeParser::Impl scanner;
     scanner.m_encoding = encoding;
     scanner.parseInto(source, path, sink);
+}
+
+void parseStringInto(const std::string& xml, ElementSink& sink) {
+    initializeXerces();
+    // The document ends at its first zero byte, which is handed over with it.
+    const std::size_t length = std::strlen(xml.c_str()) + 1;
+    X::MemBufInputSource source(reinterpret_cast<const XMLByte*>(xml.c_str()), length,
+                                kStringSystemId, false);
+    source.setCopyBufToStream(false);
+    SAXToNodeParser::Impl scanner;
+    scanner.parseInto(source, kStringName, sink);
 }
 
 SAXToNodeParser::SAXToNodeParser() : m_impl(std::make_unique<Impl>()) {}

@@ -81,6 +81,7 @@ private:
     // its checks and messages, feeding them.
     friend void parseFileInto(const std::string& path, const std::string& encoding,
                               ElementSink& sink);
+    friend void parseStringInto(const std::string& xml, ElementSink& sink);
 
     class Impl;
     std::unique_ptr<Impl> m_impl;

@@ -33,9 +33,10 @@ public:
     /// The deepest nesting of objects and arrays that is accepted.
     static constexpr int kMaxDepth = 1024;
 
-private:
-    class Reader;
+    /// The handler of the library's scanner that builds the tree; the library's own.
+    class TreeBuilder;
 
+private:
     // Turns the UTF-8 text of strings into the local code page (a copy when that is UTF-8).
     std::unique_ptr<::Corvane::Soa::Common::Xml::Utf8String> m_transcoder;
 };
