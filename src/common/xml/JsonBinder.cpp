@@ -6,6 +6,7 @@
 #include <corvane/soa/internal/json/JSONObject.hpp>
 
 #include "common/xml/JsonBinder.hpp"
+#include "common/xml/MemberAccess.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -15,31 +16,12 @@ namespace Corvane::Soa::Common::Xml {
 using Internal::Json::JSONObject;
 using Internal::Json::Value;
 
+using MemberAccess::assignText;
+using MemberAccess::held;
+using MemberAccess::markSet;
+using MemberAccess::store;
+
 namespace {
-
-template <class T>
-T& store(const FieldDescriptor& field, BaseObject& object) {
-    return *static_cast<T*>(field.member(object, true));
-}
-
-BaseObject& held(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<BaseObject*>(field.member(object, false));
-}
-
-void markSet(const FieldDescriptor& field, BaseObject& object) {
-    if (field.flag != nullptr) {
-        *static_cast<bool*>(field.flag(object, true)) = true;
-    }
-}
-
-// As the tree path copies a text: a string that must grow is made afresh at the text's size.
-void assignText(std::string& to, std::string_view text) {
-    if (text.size() > to.capacity()) {
-        to = std::string(text);
-    } else {
-        to.assign(text.data(), text.size());
-    }
-}
 
 // A string token into a member: straight from the scanner's buffer, unescaped in place.
 void assignToken(std::string& to, const char* begin, const char* end, bool escaped) {

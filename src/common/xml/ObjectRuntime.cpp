@@ -13,6 +13,8 @@
 #include <corvane/soa/internal/json/JSONObject.hpp>
 #include <corvane/soa/internal/json/StringValue.hpp>
 
+#include "common/xml/MemberAccess.hpp"
+
 #include <array>
 #include <vector>
 
@@ -22,44 +24,14 @@ using Internal::Json::JSONArray;
 using Internal::Json::JSONObject;
 using Internal::Json::Value;
 
+using MemberAccess::assignText;
+using MemberAccess::at;
+using MemberAccess::held;
+using MemberAccess::isSet;
+using MemberAccess::markSet;
+using MemberAccess::store;
+
 namespace {
-
-// A member for reading.
-template <class T>
-const T& at(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<const T*>(field.member(object, false));
-}
-
-// A member for writing: one that lives in the type's field block makes the block.
-template <class T>
-T& store(const FieldDescriptor& field, BaseObject& object) {
-    return *static_cast<T*>(field.member(object, true));
-}
-
-BaseObject& held(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<BaseObject*>(field.member(object, false));
-}
-
-bool isSet(const FieldDescriptor& field, const BaseObject& object) {
-    return field.flag == nullptr || *static_cast<const bool*>(field.flag(object, false));
-}
-
-void markSet(const FieldDescriptor& field, BaseObject& object) {
-    if (field.flag != nullptr) {
-        *static_cast<bool*>(field.flag(object, true)) = true;
-    }
-}
-
-// Copies `text` into `to`. A string that must grow is made afresh at the text's exact size:
-// growing in place rounds the capacity up (short texts to twice the inline buffer), memory a
-// bound document would hold for nothing.
-void assignText(std::string& to, std::string_view text) {
-    if (text.size() > to.capacity()) {
-        to = std::string(text);
-    } else {
-        to.assign(text.data(), text.size());
-    }
-}
 
 const FieldDescriptor* find(const TypeDescriptor& type, const char* name) {
     for (const FieldDescriptor& field : type) {

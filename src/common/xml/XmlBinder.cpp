@@ -8,35 +8,17 @@
 #include <corvane/soa/common/xml/XMLNode.hpp>
 #include <corvane/soa/common/xml/XmlText.hpp>
 
+#include "common/xml/MemberAccess.hpp"
 #include "common/xml/XmlBinder.hpp"
 
 namespace Corvane::Soa::Common::Xml {
 
+using MemberAccess::assignText;
+using MemberAccess::held;
+using MemberAccess::markSet;
+using MemberAccess::store;
+
 namespace {
-
-template <class T>
-T& store(const FieldDescriptor& field, BaseObject& object) {
-    return *static_cast<T*>(field.member(object, true));
-}
-
-BaseObject& held(const FieldDescriptor& field, const BaseObject& object) {
-    return *static_cast<BaseObject*>(field.member(object, false));
-}
-
-void markSet(const FieldDescriptor& field, BaseObject& object) {
-    if (field.flag != nullptr) {
-        *static_cast<bool*>(field.flag(object, true)) = true;
-    }
-}
-
-// As the tree path copies a text: a string that must grow is made afresh at the text's size.
-void assignText(std::string& to, std::string_view text) {
-    if (text.size() > to.capacity()) {
-        to = std::string(text);
-    } else {
-        to.assign(text.data(), text.size());
-    }
-}
 
 // The attribute of that name, as the tree keeps it: of two that convert to one name, the last.
 const ElementSink::Attribute* attributeNamed(const ElementSink::Attribute* attributes,
