@@ -35,6 +35,7 @@
 #include <corvane/soa/common/exceptions/IOException.hpp>
 #include <corvane/soa/common/exceptions/SignatureException.hpp>
 #include <corvane/soa/common/xml/BaseObject.hpp>
+#include <corvane/soa/common/xml/DocumentReader.hpp>
 #include <corvane/soa/common/xml/FieldAccess.hpp>
 #include <corvane/soa/common/xml/FieldBlock.hpp>
 #include <corvane/soa/common/xml/FieldDescriptor.hpp>
@@ -87,6 +88,5 @@
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ProtocolException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/ServiceException.hpp>
 #include <corvane/soa/schemas/Soa/_2006_03/Exceptions/SoaException.hpp>
-#include <corvane/soa/common/xml/DocumentReader.hpp>
 
 #endif
